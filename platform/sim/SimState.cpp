@@ -1,0 +1,3 @@
+#include "SimState.h"
+
+SimState::SimState() : effects{{"equalizer", {}}, {"hfe", {}}, {"vb", {}}} {}
