@@ -10,7 +10,7 @@ namespace vekprotocol {
 
 // Tuning-tool side of Common: encodes requests, decodes responses.
 class VekCommonMaster : public VekEndpoint<VekCommonMasterCallbackItf> {
-  public:
+public:
     static constexpr const char* kFeature = "Common";
 
     void decode(const VekFields& headerFields, const VekFields& payloadFields,

@@ -5,7 +5,7 @@
 namespace vekprotocol {
 
 class VekCommonMasterCallbackItf {
-  public:
+public:
     virtual ~VekCommonMasterCallbackItf() = default;
     virtual void onVersionResponse(VekParamCommonVersionResponse& response) = 0;
     virtual void onFeatureResponse(VekParamCommonFeatureResponse& response) = 0;

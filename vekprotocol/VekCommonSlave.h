@@ -10,7 +10,7 @@ namespace vekprotocol {
 
 // Device side of Common: decodes requests, encodes responses.
 class VekCommonSlave : public VekEndpoint<VekCommonSlaveCallbackItf> {
-  public:
+public:
     static constexpr const char* kFeature = "Common";
 
     void decode(const VekFields& headerFields, const VekFields& payloadFields,

@@ -5,7 +5,7 @@
 namespace vekprotocol {
 
 class VekCommonSlaveCallbackItf {
-  public:
+public:
     virtual ~VekCommonSlaveCallbackItf() = default;
     virtual void onVersionRequest(VekParamCommonVersionRequest& request) = 0;
     virtual void onFeatureRequest(VekParamCommonFeatureRequest& request) = 0;

@@ -16,7 +16,7 @@ namespace vekprotocol {
 // handed to its callback slot. A record whose fields are missing or unreadable is
 // dropped: no callback is called.
 class VekDecoder {
-  public:
+public:
     VekDecoder(const VekFields& headerFields, const VekFields& payloadFields,
                std::stringstream& frame, uint32_t rawOffset)
         : header_(headerFields), payload_(payloadFields), frame_(frame), rawOffset_(rawOffset) {
@@ -42,7 +42,7 @@ class VekDecoder {
         return true;
     }
 
-  private:
+private:
     bool fillHead(VekRecordHead& head) {
         head.self = static_cast<uint32_t>(VekText::readLenient(header_[0]));
         head.peer = static_cast<uint32_t>(VekText::readLenient(header_[1]));

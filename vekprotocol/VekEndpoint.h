@@ -7,7 +7,7 @@ namespace vekprotocol {
 // What every endpoint holds: one callback it does not own.
 template <class CallbackItf>
 class VekEndpoint : public VekSerDes {
-  public:
+public:
     void setCallback(CallbackItf* cb) { callback = cb; }
 
     CallbackItf* callback = nullptr;

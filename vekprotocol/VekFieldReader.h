@@ -14,7 +14,7 @@ namespace vekprotocol {
 // Visits a record's fields and fills them from payload fields 0, 1, ... in order.
 // A missing or unreadable field marks the reader failed; extra fields are ignored.
 class VekFieldReader {
-  public:
+public:
     explicit VekFieldReader(const VekFields& payload) : payload_(payload) {}
 
     void operator()(int32_t& v) { take(v, VekText::readInt); }
@@ -45,7 +45,7 @@ class VekFieldReader {
 
     bool ok() const { return ok_; }
 
-  private:
+private:
     const std::string* next() {
         if (!ok_ || index_ >= payload_.size()) {
             ok_ = false;

@@ -13,7 +13,7 @@ namespace vekprotocol {
 // Visits a record's fields and writes its payload block: each field is one slot,
 // slots and list elements are separated by ':'. No slot visited, no block.
 class VekFieldWriter {
-  public:
+public:
     explicit VekFieldWriter(std::string& out) : out_(out) {}
 
     template <class T>
@@ -29,7 +29,7 @@ class VekFieldWriter {
         }
     }
 
-  private:
+private:
     void slot() { out_ += (slots_++ == 0) ? ":<" : ":"; }
 
     void put(int32_t v) { VekText::appendInt(out_, v); }

@@ -13,7 +13,7 @@ namespace vekprotocol {
 // Turns the received byte stream back into frames and routes each complete frame to
 // the endpoint registered under its feature name. Fed by one thread only.
 class VekFrameHub {
-  public:
+public:
     static constexpr uint32_t kCacheSize = 40960;
 
     enum State : int32_t {
@@ -39,7 +39,7 @@ class VekFrameHub {
     State state() const { return state_; }
     uint32_t cachedLength() const { return cachedLength_; }
 
-  private:
+private:
     static constexpr int32_t kNoFrame = -1;
 
     // Cuts the header line [frameStart_, lf] into header and payload fields.

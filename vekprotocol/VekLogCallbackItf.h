@@ -8,7 +8,7 @@ namespace vekprotocol {
 
 // Where the protocol library reports. The library never prints by itself.
 class VekLogCallbackItf {
-  public:
+public:
     static constexpr int32_t kBufferSize = 20480;
 
     virtual ~VekLogCallbackItf() = default;

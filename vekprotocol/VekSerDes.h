@@ -11,7 +11,7 @@ using VekFields = std::vector<std::string>;
 
 // A protocol endpoint: the frame hub hands it every complete frame of its feature.
 class VekSerDes {
-  public:
+public:
     virtual ~VekSerDes() = default;
     // headerFields: self, peer, feature, message, length, status (and any extras);
     // frame: the whole frame, header line and raw data; rawOffset: first raw byte.

@@ -8,7 +8,7 @@ namespace vekprotocol {
 // Text forms of field values. Readers never throw: they return false when the
 // text holds no number or one out of range for the type.
 class VekText {
-  public:
+public:
     static void appendInt(std::string& out, int32_t value);
     static void appendUint(std::string& out, uint32_t value);
     // The stream's default float form: %g, six significant digits, no trailing zeros.

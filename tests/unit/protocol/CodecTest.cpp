@@ -175,7 +175,7 @@ TEST(EncodeTest, ListsAndRawData) {
 }
 
 class Callback {
-  public:
+public:
     void onPlain(TestPlain& r) { plain.push_back(r); }
     void onMixed(TestMixed& r) { mixed.push_back(r); }
     void onList(TestList& r) {

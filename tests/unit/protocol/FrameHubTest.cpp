@@ -18,7 +18,7 @@ struct Received {
 };
 
 class RecordingEndpoint : public VekSerDes {
-  public:
+public:
     void decode(const VekFields& header, const VekFields& payload, std::stringstream& frame,
                 uint32_t rawOffset) override {
         frames.push_back({header, payload, frame.str(), rawOffset});
@@ -27,7 +27,7 @@ class RecordingEndpoint : public VekSerDes {
 };
 
 class RecordingSink : public VekLogCallbackItf {
-  public:
+public:
     explicit RecordingSink(int32_t lvl) { level = lvl; }
     void onLog(const char* text) override { lines.emplace_back(text); }
     std::string all() const {
@@ -39,7 +39,7 @@ class RecordingSink : public VekLogCallbackItf {
 };
 
 class FrameHubTest : public ::testing::Test {
-  protected:
+protected:
     FrameHubTest() : sink(4), hub(std::make_unique<VekFrameHub>(&common, &sink)) {
         hub->registerEndpoint("Gain", &gain);
     }
