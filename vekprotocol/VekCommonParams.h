@@ -60,40 +60,40 @@ struct VekParamCommonSetBypassResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamCommonVersionRequest& r) {
-    f(r.version);
+    f("version", r.version);
 }
 template <class F>
 void fields(F& f, VekParamCommonVersionResponse& r) {
-    f(r.version);
+    f("version", r.version);
 }
 template <class F>
 void fields(F& f, VekParamCommonFeatureResponse& r) {
-    f(r.features);
+    f("features", r.features);
 }
 template <class F>
 void fields(F& f, VekParamCommonFileListRequest& r) {
-    f(r.feature);
+    f("feature", r.feature);
 }
 template <class F>
 void fields(F& f, VekParamCommonFileListResponse& r) {
-    f(r.feature);
-    f(r.files);
+    f("feature", r.feature);
+    f("files", r.files);
 }
 template <class F>
 void fields(F& f, VekParamCommonFileContentRequest& r) {
-    f(r.path);
+    f("path", r.path);
 }
 template <class F>
 void fields(F& f, VekParamCommonFileContentResponse& r) {
-    f(r.path);
+    f("path", r.path);
 }
 template <class F>
 void fields(F& f, VekParamCommonGetBypassResponse& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamCommonSetBypassRequest& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 
 }  // namespace vekprotocol

@@ -36,26 +36,26 @@ struct VekEqBandConfig : VekEqBand {
 
 template <class F>
 void fields(F& f, VekEqEnable& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekEqBandCount& r) {
-    f(r.bandCount);
+    f("bandCount", r.bandCount);
 }
 template <class F>
 void fields(F& f, VekEqBand& r) {
-    f(r.channel);
-    f(r.band);
+    f("channel", r.channel);
+    f("band", r.band);
 }
 template <class F>
 void fields(F& f, VekEqBandConfig& r) {
     fields(f, static_cast<VekEqBand&>(r));
-    f(r.value1);
-    f(r.value2);
-    f(r.value3);
-    f(r.value4);
-    f(r.value5);
-    f(r.value6);
+    f("value1", r.value1);
+    f("value2", r.value2);
+    f("value3", r.value3);
+    f("value4", r.value4);
+    f("value5", r.value5);
+    f("value6", r.value6);
 }
 
 // Records of the EqV2 feature.

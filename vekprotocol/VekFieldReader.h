@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VekRecordHead.h"
@@ -16,6 +17,12 @@ namespace vekprotocol {
 class VekFieldReader {
 public:
     explicit VekFieldReader(const VekFields& payload) : payload_(payload) {}
+
+    // Every field is visited with its name; the wire does not carry names.
+    template <class T>
+    void operator()(const char*, T&& v) {
+        (*this)(std::forward<T>(v));
+    }
 
     void operator()(int32_t& v) { take(v, VekText::readInt); }
     void operator()(uint32_t& v) { take(v, VekText::readUint); }

@@ -16,8 +16,9 @@ class VekFieldWriter {
 public:
     explicit VekFieldWriter(std::string& out) : out_(out) {}
 
+    // Every field is visited with its name; the wire does not carry names.
     template <class T>
-    void operator()(const T& value) {
+    void operator()(const char*, const T& value) {
         slot();
         put(value);
     }

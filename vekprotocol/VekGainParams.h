@@ -55,29 +55,29 @@ struct VekParamGainSetFadeBalanceResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamGainGetMasterResponse& r) {
-    f(r.masterGain);
+    f("masterGain", r.masterGain);
 }
 template <class F>
 void fields(F& f, VekParamGainSetMasterRequest& r) {
-    f(r.masterGain);
+    f("masterGain", r.masterGain);
 }
 template <class F>
 void fields(F& f, VekParamGainGetChannelResponse& r) {
-    f(r.channelGain);
+    f("channelGain", r.channelGain);
 }
 template <class F>
 void fields(F& f, VekParamGainSetChannelRequest& r) {
-    f(r.channelGain);
+    f("channelGain", r.channelGain);
 }
 template <class F>
 void fields(F& f, VekParamGainGetFadeBalanceResponse& r) {
-    f(r.fadeBalance[0]);
-    f(r.fadeBalance[1]);
-    f(VekAsUnsigned{r.fadeBalance[2]});
+    f("fadeBalance", r.fadeBalance[0]);
+    f("fadeBalance", r.fadeBalance[1]);
+    f("fadeBalance", VekAsUnsigned{r.fadeBalance[2]});
 }
 template <class F>
 void fields(F& f, VekParamGainSetFadeBalanceRequest& r) {
-    f(r.fadeBalance);
+    f("fadeBalance", r.fadeBalance);
 }
 
 }  // namespace vekprotocol

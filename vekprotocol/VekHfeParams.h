@@ -19,11 +19,11 @@ struct VekHfeChannelConfig : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekHfeChannelConfig& r) {
-    f(r.channel);
-    f(r.flag1);
-    f(r.flag2);
-    f(r.flag3);
-    f(r.value);
+    f("channel", r.channel);
+    f("flag1", r.flag1);
+    f("flag2", r.flag2);
+    f("flag3", r.flag3);
+    f("value", r.value);
 }
 
 // Records of the Hfe feature.
@@ -58,15 +58,15 @@ struct VekParamHfeSetChannelConfigResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamHfeGetEnableResponse& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamHfeSetEnableRequest& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamHfeGetChannelConfigRequest& r) {
-    f(r.channel);
+    f("channel", r.channel);
 }
 
 }  // namespace vekprotocol

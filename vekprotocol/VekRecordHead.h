@@ -13,7 +13,8 @@ struct VekRecordHead {
     const char* rawData = nullptr;  // not owned
 };
 
-// A record with no fields of its own writes no payload block.
+// A record's fields are listed once, in order, as f("name", r.member); a record
+// with no fields of its own writes no payload block.
 template <class Visitor>
 void fields(Visitor&, VekRecordHead&) {}
 

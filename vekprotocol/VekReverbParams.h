@@ -32,15 +32,15 @@ struct VekParamReverbSetModeResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamReverbGetEnableResponse& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamReverbGetModeResponse& r) {
-    f(r.mode);
+    f("mode", r.mode);
 }
 template <class F>
 void fields(F& f, VekParamReverbSetModeRequest& r) {
-    f(r.mode);
+    f("mode", r.mode);
 }
 
 }  // namespace vekprotocol

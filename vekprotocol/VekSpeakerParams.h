@@ -57,29 +57,29 @@ struct VekParamSpeakerSetSinePatternResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamSpeakerGetEnableResponse& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamSpeakerSetEnableRequest& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamSpeakerGetDelayResponse& r) {
-    f(r.delay);
+    f("delay", r.delay);
 }
 template <class F>
 void fields(F& f, VekParamSpeakerSetDelayRequest& r) {
-    f(r.delay);
+    f("delay", r.delay);
 }
 template <class F>
 void fields(F& f, VekParamSpeakerSetStylePatternRequest& r) {
-    f(r.channel);
-    f(r.style);
+    f("channel", r.channel);
+    f("style", r.style);
 }
 template <class F>
 void fields(F& f, VekParamSpeakerSetSinePatternRequest& r) {
-    f(r.channel);
-    f(r.frequency);
+    f("channel", r.channel);
+    f("frequency", r.frequency);
 }
 
 }  // namespace vekprotocol

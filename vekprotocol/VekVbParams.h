@@ -9,7 +9,7 @@ namespace vekprotocol {
 
 // The Vb channel configuration, shared by GetChannelConfigResponse and
 // SetChannelConfigRequest: 21 payload fields. number is 16 bits in the library but
-// 32 on the wire; the order of params on the wire is not the library's (Part 5.8).
+// 32 on the wire; the order of params on the wire is not the library's.
 struct VekVbChannelConfig : VekRecordHead {
     std::string channel;
     bool flag = false;
@@ -19,10 +19,10 @@ struct VekVbChannelConfig : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekVbChannelConfig& r) {
-    f(r.channel);
-    f(r.flag);
-    f(r.number);
-    f(r.params);
+    f("channel", r.channel);
+    f("flag", r.flag);
+    f("number", r.number);
+    f("params", r.params);
 }
 
 // Records of the Vb feature.
@@ -57,15 +57,15 @@ struct VekParamVbSetChannelConfigResponse : VekRecordHead {
 
 template <class F>
 void fields(F& f, VekParamVbGetEnableResponse& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamVbSetEnableRequest& r) {
-    f(r.enable);
+    f("enable", r.enable);
 }
 template <class F>
 void fields(F& f, VekParamVbGetChannelConfigRequest& r) {
-    f(r.channel);
+    f("channel", r.channel);
 }
 
 }  // namespace vekprotocol

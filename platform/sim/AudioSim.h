@@ -98,7 +98,7 @@ public:
                                 uint16_t paramId = 0);
 
     // Failure injection; operations by method name ("getChannelGain"). An unknown
-    // name throws std::invalid_argument, so a typo cannot pass silently. A failing
+    // name aborts the test, so a typo cannot pass silently. A failing
     // call returns status, writes nothing and changes nothing.
     static void failAlways(const std::string& operation, int32_t status);
     // Only the nthCall-th call from now on (1: the next one).

@@ -106,12 +106,12 @@ struct TestMixed : VekRecordHead {
 };
 template <class F>
 void fields(F& f, TestMixed& r) {
-    f(r.name);
-    f(r.count);
-    f(r.band);
-    f(r.gain);
-    f(r.on);
-    f(VekAsUnsigned{r.wide});
+    f("name", r.name);
+    f("count", r.count);
+    f("band", r.band);
+    f("gain", r.gain);
+    f("on", r.on);
+    f("wide", VekAsUnsigned{r.wide});
 }
 struct TestList : VekRecordHead {
     static constexpr const char* kMessage = "ListResponse";
@@ -120,8 +120,8 @@ struct TestList : VekRecordHead {
 };
 template <class F>
 void fields(F& f, TestList& r) {
-    f(r.feature);
-    f(r.files);
+    f("feature", r.feature);
+    f("files", r.files);
 }
 
 template <class R>

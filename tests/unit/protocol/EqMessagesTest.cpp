@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// The example of Part 3.4, then every message: the EqV2 fields under the name "Eq".
+// The documented example, then every message: the EqV2 fields under the name "Eq".
 TEST(EqMessages, EveryMessageTravelsBothWays) {
     using S = VekEqSlave;
     using M = VekEqMaster;

@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// The examples of Part 3.5, then every message with values of each field type.
+// The documented examples, then every message with values of each field type.
 TEST(EqV2Messages, EveryMessageTravelsBothWays) {
     using S = VekEqV2Slave;
     using M = VekEqV2Master;

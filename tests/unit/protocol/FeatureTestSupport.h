@@ -57,6 +57,10 @@ public:
         return s.text_;
     }
 
+    template <class T>
+    void operator()(const char*, T&& v) {
+        (*this)(std::forward<T>(v));
+    }
     void operator()(int32_t v) { add(std::to_string(v)); }
     void operator()(uint32_t v) { add(std::to_string(v) + "u"); }
     void operator()(bool v) { add(v ? "true" : "false"); }

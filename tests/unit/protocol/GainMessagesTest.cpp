@@ -9,7 +9,7 @@ using namespace vektest;
 
 namespace {
 
-// Every example of Part 3.2 (self 1 to 4 and 20 to 24), then one row for each
+// Every documented example (self 1 to 4 and 20 to 24), then one row for each
 // message it leaves out and the fade/balance -1.
 TEST(GainMessages, EveryMessageTravelsBothWays) {
     using S = VekGainSlave;

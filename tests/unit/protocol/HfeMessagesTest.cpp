@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// Every example of Part 3.6, then the messages and values it leaves out.
+// Every documented example, then the messages and values it leaves out.
 TEST(HfeMessages, EveryMessageTravelsBothWays) {
     using S = VekHfeSlave;
     using M = VekHfeMaster;

@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// Every example of Part 3.3, then the negative mode and the false enable.
+// Every documented example, then the negative mode and the false enable.
 TEST(ReverbMessages, EveryMessageTravelsBothWays) {
     using S = VekReverbSlave;
     using M = VekReverbMaster;

@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// Every example of Part 3.8, then the messages it leaves out.
+// Every documented example, then the messages it leaves out.
 TEST(SpeakerMessages, EveryMessageTravelsBothWays) {
     using S = VekSpeakerSlave;
     using M = VekSpeakerMaster;

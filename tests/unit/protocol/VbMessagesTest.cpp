@@ -8,7 +8,7 @@ using namespace vektest;
 
 namespace {
 
-// Every example of Part 3.7, then the messages and values it leaves out.
+// Every documented example, then the messages and values it leaves out.
 TEST(VbMessages, EveryMessageTravelsBothWays) {
     using S = VekVbSlave;
     using M = VekVbMaster;
