@@ -6,7 +6,7 @@ namespace vektransport {
 
 // The byte link to the master.
 class VekTransport {
-  public:
+public:
     virtual ~VekTransport() = default;
     virtual int32_t open() = 0;
     virtual int32_t close() = 0;

@@ -1,0 +1,122 @@
+#include "VekPlatformCommon.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "VekLibrary.h"
+
+namespace vekserver {
+
+using namespace vekprotocol;
+
+namespace {
+
+struct FeatureFile {
+    const char* feature;
+    const char* path;
+};
+
+// The audio server's setting files of each feature. Reverb has one, unnamed.
+constexpr FeatureFile featureFiles[] = {
+    {"Speaker", "/media/flash/nvm/mixhub/app_property.xml"},
+    {"Gain", "/media/flash/nvm/mixhub/volume_property.xml"},
+    {"Eq", "/media/flash/nvm/mixhub/app_property.xml"},
+    {"EqV2", "/media/flash/nvm/mixhub/audio_effect_equalizer.xml"},
+    {"Hfe", "/media/flash/nvm/mixhub/audio_effect_hfe.xml"},
+    {"Vb", "/media/flash/nvm/mixhub/audio_effect_vb.xml"},
+    {"Reverb", ""},
+};
+
+// Reads the whole file into content; false with errno set when it cannot be opened.
+bool readWholeFile(const std::string& path, std::string& content) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    std::string bytes;
+    char chunk[4096];
+    for (;;) {
+        const ssize_t n = ::read(fd, chunk, sizeof(chunk));
+        if (n > 0) {
+            bytes.append(chunk, static_cast<size_t>(n));
+        } else if (n == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    ::close(fd);
+    content.swap(bytes);
+    return true;
+}
+
+}  // namespace
+
+void VekPlatformCommon::packVersionResponse(VekParamCommonVersionRequest&,
+                                            VekParamCommonVersionResponse& response) {
+    VekLibrary::begin(response, hub_);
+    response.version = kSlaveVersion;
+}
+
+void VekPlatformCommon::packFeatureResponse(VekParamCommonFeatureRequest&,
+                                            VekParamCommonFeatureResponse& response) {
+    VekLibrary::begin(response, hub_);
+    hub_->listFeatures(response.features);
+}
+
+void VekPlatformCommon::packFileListResponse(VekParamCommonFileListRequest& request,
+                                             VekParamCommonFileListResponse& response) {
+    VekLibrary::begin(response, hub_);
+    response.feature = request.feature;
+    for (const FeatureFile& row : featureFiles) {
+        if (request.feature == row.feature) {
+            response.files.emplace_back(row.path);
+            break;
+        }
+    }
+}
+
+void VekPlatformCommon::packFileContentResponse(VekParamCommonFileContentRequest& request,
+                                                VekParamCommonFileContentResponse& response) {
+    VekLibrary::begin(response, hub_);
+    response.path = request.path;
+    if (readWholeFile(request.path, fileContent)) {
+        response.rawDataLength = static_cast<int32_t>(fileContent.size());
+        response.rawData = fileContent.data();
+        std::printf("[AST][INF]Success to open file:%s, length=%d.\n", request.path.c_str(),
+                    response.rawDataLength);
+    } else {
+        const int error = errno;
+        std::printf("[AST][INF]Fail to open file:%s, error(%d):%s.\n", request.path.c_str(), error,
+                    std::strerror(error));
+    }
+}
+
+void VekPlatformCommon::packGetBypassResponse(VekParamCommonGetBypassRequest&,
+                                              VekParamCommonGetBypassResponse& response) {
+    VekLibrary::begin(response, hub_);
+    int enable = 0;
+    const int32_t status = VekLibrary::with<VekLibrary::App>(
+        [&](VekLibrary::App& app) { return app.getBypass(&enable); });
+    std::printf("[AST][ZIP]%s to get bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
+                status, enable);
+    if (status == 0) {
+        response.enable = (enable != 0);
+    }
+    response.fail = (status != 0);
+}
+
+void VekPlatformCommon::packSetBypassResponse(VekParamCommonSetBypassRequest& request,
+                                              VekParamCommonSetBypassResponse& response) {
+    VekLibrary::begin(response, hub_);
+    const int32_t status = VekLibrary::with<VekLibrary::App>([&](VekLibrary::App& app) {
+        return request.enable ? app.enableBypass() : app.disableBypass();
+    });
+    std::printf("[AST][ZIP]%s to set bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
+                status, request.enable ? 1 : 0);
+    response.fail = (status != 0);
+}
+
+}  // namespace vekserver

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VekFrameHub.h"
+
+// Runs the built vek_tuner on a pseudo-terminal, as the master and the init system
+// would drive it: frames in through the pty master, its output captured to a file.
+class DaemonHarness {
+public:
+    struct Options {
+        std::vector<std::string> args;  // besides --device=
+        std::string sim;                // AUDIO_SETTING_SIM, unset when empty
+        bool withDevice = true;         // pass --device=<pty slave>
+    };
+
+    explicit DaemonHarness(Options options);
+    ~DaemonHarness();
+    DaemonHarness(const DaemonHarness&) = delete;
+    DaemonHarness& operator=(const DaemonHarness&) = delete;
+
+    // Waits until the output holds text (after position from); true when it does.
+    bool waitForOutput(const std::string& text,
+                       std::chrono::milliseconds timeout = std::chrono::milliseconds(5000)) const;
+    std::string output() const;
+    // Output lines that start with prefix, in order.
+    std::vector<std::string> lines(const std::string& prefix) const;
+
+    void send(const std::string& bytes);
+    // The next complete frame from the daemon (the greeting and stray bytes are
+    // skipped), or "" when none arrives in time.
+    std::string nextFrame(std::chrono::milliseconds timeout = std::chrono::milliseconds(3000));
+    // Sends a request and returns the one response frame.
+    std::string request(const std::string& frame);
+    // Reads the link until timeout and returns what arrived raw.
+    std::string drain(std::chrono::milliseconds timeout);
+
+    void signal(int signo) const;
+    // Exit status (or 128 + signal), -1 on timeout.
+    int waitExit(std::chrono::milliseconds timeout = std::chrono::milliseconds(5000));
+    void closeMaster();
+    const std::string& slavePath() const { return slavePath_; }
+
+private:
+    class Recorder;
+
+    int master_ = -1;
+    int slave_ = -1;
+    std::string slavePath_;
+    std::string logPath_;
+    pid_t pid_ = -1;
+    int status_ = -1;
+    std::unique_ptr<Recorder> recorder_;
+    std::unique_ptr<vekprotocol::VekFrameHub> hub_;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "AudioThread.h"
+#include "VekCommonSlave.h"
+#include "VekCommonSlaveCallbackImpl.h"
+#include "VekFeature.h"
+#include "VekFrameHub.h"
+#include "VekLogCallbackImpl.h"
+#include "VekServerConfig.h"
+#include "VekTransport.h"
+
+namespace vekserver {
+
+// The running link end: opens the line, greets the master, builds the features and
+// feeds received bytes to the frame hub on its own thread.
+class VekServer : public AudioThread {
+public:
+    static constexpr uint32_t kReadSize = 1024;
+
+    VekServer(VekServerConfig config, vektransport::VekTransport* transport);
+    ~VekServer() override;
+
+    void init();
+    void stop();
+    void deinit();
+
+protected:
+    void run() override;
+
+private:
+    // One row of the feature table: announce, build, wire and register.
+    template <class Slave, class Impl>
+    void addFeature(VekFeature<Slave, Impl>& feature, const char* name, bool condition);
+
+    int32_t baudRate;
+    int32_t eqMode;
+    bool enReverb;
+    std::string progressName;
+    std::string device;
+    vektransport::VekTransport* transport;  // not owned
+    char buffer[kReadSize] = {};
+    std::unique_ptr<vekprotocol::VekFrameHub> hub;
+    std::unique_ptr<VekLogCallbackImpl> log;
+    VekFeature<vekprotocol::VekCommonSlave, VekCommonSlaveCallbackImpl> common;
+};
+
+}  // namespace vekserver

@@ -1,0 +1,148 @@
+#include "VekTransportUsb.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+namespace vektransport {
+
+namespace {
+
+struct SpeedEntry {
+    int32_t baudRate;
+    speed_t speed;
+};
+
+// Searched from the top; the first equal rate wins.
+const SpeedEntry kSpeeds[] = {
+    {921600, B921600}, {460800, B460800}, {230400, B230400}, {115200, B115200}, {57600, B57600},
+    {38400, B38400},   {19200, B19200},   {9600, B9600},     {4800, B4800},     {2400, B2400},
+    {1200, B1200},     {600, B600},       {300, B300},       {110, B110},
+};
+
+}  // namespace
+
+VekTransportUsb::VekTransportUsb(const std::string& device, int32_t baudRate)
+    : device(device), baudRate(baudRate) {}
+
+speed_t VekTransportUsb::speedFor(int32_t baudRate) {
+    for (const SpeedEntry& entry : kSpeeds) {
+        if (entry.baudRate == baudRate) {
+            return entry.speed;
+        }
+    }
+    return B115200;
+}
+
+int32_t VekTransportUsb::open() {
+    if (fd != -1) {
+        // Opening again must not leak the descriptor in hand.
+        close();
+    }
+    fd = ::open(device.c_str(), O_RDWR | O_NOCTTY);
+    if (fd < 0) {
+        const int err = errno;
+        fd = -1;
+        std::printf("[AST][ERR]Fail to open device:%s, reason:(%d)%s.\n", device.c_str(), err,
+                    std::strerror(err));
+        return -1;
+    }
+
+    termios tio{};
+    const int got = tcgetattr(fd, &tio);
+    if (got != 0) {
+        return abandon("get", got);
+    }
+    const speed_t speed = speedFor(baudRate);
+    cfsetispeed(&tio, speed);
+    cfsetospeed(&tio, speed);
+    // 8N1, no hardware flow control, modem lines ignored, receiver on.
+    tio.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | PARENB | CSTOPB | CSIZE);
+    tio.c_cflag |= static_cast<tcflag_t>(CS8 | CLOCAL | CREAD);
+    // Raw bytes both ways: frames are text, but CR/LF and flow-control bytes are data here.
+    tio.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHOE | ISIG);
+    tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY | INLCR | ICRNL);
+    tio.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    // A read returns what is there, or nothing after one second, so the reader can poll.
+    tio.c_cc[VMIN] = 0;
+    tio.c_cc[VTIME] = 10;
+    const int set = tcsetattr(fd, TCSANOW, &tio);
+    if (set != 0) {
+        return abandon("set", set);
+    }
+    return fd;
+}
+
+int32_t VekTransportUsb::abandon(const char* what, int result) {
+    const int err = errno;
+    std::printf("[AST][ERR]Fail to %s serial port configuration, ret=%d, errno=(%d)%s.\n", what,
+                result, err, std::strerror(err));
+    return close();
+}
+
+int32_t VekTransportUsb::close() {
+    // The server thread may be reading while the main thread closes: take the
+    // descriptor out in one step.
+    const int32_t old = fd.exchange(-1);
+    if (old == -1) {
+        return -1;
+    }
+    const int result = ::close(old);
+    return result;
+}
+
+void VekTransportUsb::reportTransfer(const char* what, int32_t result) {
+    if (result < 0) {
+        const int err = errno;
+        std::printf("[AST][ERR]Fail to %s device, ret=%d, reason:(%d)%s.\n", what,
+                    static_cast<int>(result), err, std::strerror(err));
+    }
+}
+
+int32_t VekTransportUsb::read(char* buffer, uint32_t length) {
+    // The count must fit the 32-bit result.
+    const uint32_t want = length > INT32_MAX ? INT32_MAX : length;
+    const int32_t result = static_cast<int32_t>(::read(fd, buffer, want));
+    reportTransfer("read", result);
+    return result;
+}
+
+int32_t VekTransportUsb::write(const char* buffer, uint32_t length) {
+    // The dump shows the text up to its first zero byte; the line still gets every byte.
+    const int shown = buffer == nullptr ? 0 : static_cast<int>(length > INT_MAX ? INT_MAX : length);
+    std::printf("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
+    const int32_t result = static_cast<int32_t>(::write(fd, buffer, length));
+    reportTransfer("write", result);
+    return result;
+}
+
+bool VekTransportUsb::isDisconnected() {
+    if (fcntl(fd, F_GETFL) == -1) {
+        const int err = errno;
+        std::printf("[AST][WRN]Fd is invalid.\n");
+        return err == EBADF;
+    }
+    int bits = 0;
+    if (ioctl(fd, TIOCMGET, &bits) == -1) {
+        // Lines a pulled cable leaves behind; other errors say nothing about the cable.
+        const int err = errno;
+        std::printf("[AST][WRN]FT232 state is abnormal.\n");
+        return err == ENODEV || err == EIO || err == ENXIO;
+    }
+    if (access(device.c_str(), F_OK) != 0) {
+        std::printf("[AST][ERR]Fd file is unexist.\n");
+        return true;
+    }
+    if ((bits & TIOCM_DTR) != 0) {
+        return false;
+    }
+    std::printf("[AST][ERR]FT232 DTR state is not ready.\n");
+    return true;
+}
+
+}  // namespace vektransport
