@@ -85,15 +85,41 @@ int32_t VekTransportUsb::abandon(const char* what, int result) {
     return close();
 }
 
+// Holds the descriptor through one call on the server thread. A close from the main
+// thread meanwhile only parks the descriptor; the last call in flight closes it, so no
+// call ever works on a descriptor that has been closed (or reused) under it.
+class VekTransportUsb::Use {
+public:
+    explicit Use(VekTransportUsb& transport) : transport_(transport) {
+        transport_.users.fetch_add(1);
+        fd = transport_.fd.load();
+    }
+    ~Use() {
+        if (transport_.users.fetch_sub(1) == 1) {
+            transport_.closeParked();
+        }
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    int32_t fd;
+
+private:
+    VekTransportUsb& transport_;
+};
+
 int32_t VekTransportUsb::close() {
-    // The server thread may be reading while the main thread closes: take the
-    // descriptor out in one step.
     const int32_t old = fd.exchange(-1);
     if (old == -1) {
         return -1;
     }
-    const int result = ::close(old);
-    return result;
+    parked.store(old);
+    return users.load() == 0 ? closeParked() : 0;
+}
+
+int32_t VekTransportUsb::closeParked() {
+    const int32_t old = parked.exchange(-1);
+    return old == -1 ? 0 : ::close(old);
 }
 
 void VekTransportUsb::reportTransfer(const char* what, int32_t result) {
@@ -107,7 +133,8 @@ void VekTransportUsb::reportTransfer(const char* what, int32_t result) {
 int32_t VekTransportUsb::read(char* buffer, uint32_t length) {
     // The count must fit the 32-bit result.
     const uint32_t want = length > INT32_MAX ? INT32_MAX : length;
-    const int32_t result = static_cast<int32_t>(::read(fd, buffer, want));
+    Use use(*this);
+    const int32_t result = static_cast<int32_t>(::read(use.fd, buffer, want));
     reportTransfer("read", result);
     return result;
 }
@@ -116,19 +143,21 @@ int32_t VekTransportUsb::write(const char* buffer, uint32_t length) {
     // The dump shows the text up to its first zero byte; the line still gets every byte.
     const int shown = buffer == nullptr ? 0 : static_cast<int>(length > INT_MAX ? INT_MAX : length);
     std::printf("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
-    const int32_t result = static_cast<int32_t>(::write(fd, buffer, length));
+    Use use(*this);
+    const int32_t result = static_cast<int32_t>(::write(use.fd, buffer, length));
     reportTransfer("write", result);
     return result;
 }
 
 bool VekTransportUsb::isDisconnected() {
-    if (fcntl(fd, F_GETFL) == -1) {
+    Use use(*this);
+    if (fcntl(use.fd, F_GETFL) == -1) {
         const int err = errno;
         std::printf("[AST][WRN]Fd is invalid.\n");
         return err == EBADF;
     }
     int bits = 0;
-    if (ioctl(fd, TIOCMGET, &bits) == -1) {
+    if (ioctl(use.fd, TIOCMGET, &bits) == -1) {
         // Lines a pulled cable leaves behind; other errors say nothing about the cable.
         const int err = errno;
         std::printf("[AST][WRN]FT232 state is abnormal.\n");

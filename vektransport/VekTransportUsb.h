@@ -30,6 +30,8 @@ public:
     static speed_t speedFor(int32_t baudRate);
 
 private:
+    class Use;
+    int32_t closeParked();
     // Reports a failed attribute call ("get" or "set") and gives the descriptor up.
     int32_t abandon(const char* what, int result);
     // Reports a failed transfer ("read" or "write") when result is negative.
@@ -38,6 +40,8 @@ private:
     std::string device;
     int32_t baudRate;
     std::atomic<int32_t> fd{-1};
+    std::atomic<int32_t> users{0};    // calls in flight on the descriptor
+    std::atomic<int32_t> parked{-1};  // closed while in use; the last call closes it
 };
 
 }  // namespace vektransport
