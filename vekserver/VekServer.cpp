@@ -47,9 +47,12 @@ void VekServer::init() {
 
     // The feature table. Conditions are evaluated row by row, so each probe runs
     // once, in the order equaliser, Hfe, Vb, whatever the equaliser mode.
+    addFeature(speaker, "Speaker", true);
+    addFeature(gain, "Gain", true);
     (void)isEqSupported();
     (void)isHfeSupported();
     (void)isVbSupported();
+    addFeature(reverb, "Reverb", enReverb);
 }
 
 void VekServer::run() {
@@ -84,6 +87,9 @@ void VekServer::deinit() {
     hub.reset();
     log.reset();
     common.reset();
+    speaker.reset();
+    gain.reset();
+    reverb.reset();
 }
 
 }  // namespace vekserver

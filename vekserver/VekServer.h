@@ -9,8 +9,14 @@
 #include "VekCommonSlaveCallbackImpl.h"
 #include "VekFeature.h"
 #include "VekFrameHub.h"
+#include "VekGainSlave.h"
+#include "VekGainSlaveCallbackImpl.h"
 #include "VekLogCallbackImpl.h"
+#include "VekReverbSlave.h"
+#include "VekReverbSlaveCallbackImpl.h"
 #include "VekServerConfig.h"
+#include "VekSpeakerSlave.h"
+#include "VekSpeakerSlaveCallbackImpl.h"
 #include "VekTransport.h"
 
 namespace vekserver {
@@ -46,6 +52,9 @@ private:
     std::unique_ptr<vekprotocol::VekFrameHub> hub;
     std::unique_ptr<VekLogCallbackImpl> log;
     VekFeature<vekprotocol::VekCommonSlave, VekCommonSlaveCallbackImpl> common;
+    VekFeature<vekprotocol::VekSpeakerSlave, VekSpeakerSlaveCallbackImpl> speaker;
+    VekFeature<vekprotocol::VekGainSlave, VekGainSlaveCallbackImpl> gain;
+    VekFeature<vekprotocol::VekReverbSlave, VekReverbSlaveCallbackImpl> reverb;
 };
 
 }  // namespace vekserver
