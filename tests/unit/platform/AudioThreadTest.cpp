@@ -1,105 +1,85 @@
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <chrono>
 #include <string>
 
 #include "AudioThread.h"
 #include "PlatformLog.h"
+#include "PlatformTestSupport.h"
 
 namespace {
 
-// Counts its loops until prepareStop clears the run flag.
-class Looper : public AudioThread {
+// The daemon's shape: the library is used from a thread of its own while the test
+// thread looks at the simulator (meant for ThreadSanitizer too).
+class GainLoop : public AudioThread {
 public:
-    Looper() : AudioThread("LooperThreadWithALongName", -1) {}
-    ~Looper() override { join(); }
-    std::atomic<int> loops{0};
-    std::atomic<bool> sawRunning{false};
-    std::atomic<bool> finished{false};
+    GainLoop() : AudioThread("GainLoopWithALongName", -1) {}
+    ~GainLoop() override { join(); }
+    std::atomic<int> rounds{0};
+    std::atomic<bool> sawRunning{false}, finished{false};
 
 protected:
     void run() override {
         sawRunning = isRunning();
         while (isRunning()) {
-            ++loops;
-            AudioSleepMs(1);
+            audio::DVAudioSetting::Volume* v = audio::DVAudioSetting::createVolume();
+            float gain = 0;
+            v->setChannelGain(4, static_cast<float>(rounds % 7));
+            v->getChannelGain(4, &gain);
+            audio::DVAudioSetting::destroy(v);
+            ++rounds;
         }
         finished = true;
     }
 };
 
-// Returns at once, without polling.
+// Counts into the test's counter, so that it may be deleted without a join of its own.
 class OneShot : public AudioThread {
 public:
-    OneShot() : AudioThread(nullptr, 0) {}
-    ~OneShot() override { join(); }
-    std::atomic<int> runs{0};
+    explicit OneShot(std::atomic<int>& runs) : AudioThread(nullptr, 0), runs_(runs) {}
 
 protected:
-    void run() override { ++runs; }
+    void run() override { ++runs_; }
+
+private:
+    std::atomic<int>& runs_;
 };
 
-TEST(AudioThreadTest, StartPrepareStopJoin) {
-    Looper t;
+TEST_F(SimTest, ThreadRunsUntilPrepareStopAndIsJoined) {
+    AudioSim::failForMask("getChannelGain", 4, 1);
+    GainLoop t;
     ASSERT_EQ(t.start(), 0);
-    while (t.loops < 3) {
-        AudioSleepMs(1);
+    while (t.rounds < 100) {
+        AudioSim::setMasterGain(AudioSim::channelGain(4) + AudioSim::liveObjects());
+        (void)AudioSim::calls().size();
     }
     EXPECT_TRUE(t.sawRunning) << "the flag is set before the body runs";
     EXPECT_EQ(t.start(), -1) << "a running thread cannot be started again";
     t.prepareStop();
-    t.stop();
     t.join();
     EXPECT_TRUE(t.finished);
-    t.join();  // a second join does nothing
-}
-
-TEST(AudioThreadTest, StopClearsTheFlagToo) {
-    Looper t;
-    ASSERT_EQ(t.start(), 0);
-    t.stop();
+    EXPECT_EQ(AudioSim::calls().size(), 2u * static_cast<size_t>(t.rounds.load()));
     t.join();
-    EXPECT_TRUE(t.finished);
-}
-
-TEST(AudioThreadTest, RunsOnceAndCanBeRestartedAfterJoin) {
-    OneShot t;
-    t.join();  // never started: nothing to join
-    ASSERT_EQ(t.start(), 0);
-    t.join();
-    ASSERT_EQ(t.start(), 0);
-    t.join();
-    EXPECT_EQ(t.runs, 2);
 }
 
 TEST(AudioThreadTest, DestructorJoinsAForgottenThread) {
-    auto* t = new OneShot;
+    std::atomic<int> runs{0};
+    auto* t = new OneShot(runs);
+    t->join();  // never started: nothing to join
     ASSERT_EQ(t->start(), 0);
-    delete t;  // must neither leak the thread nor terminate
+    while (runs < 1) {
+        AudioSleepMs(1);
+    }
+    delete t;  // an unjoined std::thread would terminate the process
 }
 
-TEST(AudioThreadTest, SleepLastsAtLeastTheTime) {
-    const auto before = std::chrono::steady_clock::now();
-    AudioSleepMs(20);
-    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(20));
-    AudioSleepMs(0);
-}
-
-TEST(PlatformLogTest, WritesPriorityTagAndMessageToStandardError) {
+TEST(PlatformLogTest, WritesPriorityTagAndMessageAsOneLine) {
     testing::internal::CaptureStderr();
     __android_log_print(6, "AS", "[%s][%u]sem_post failed", "signal", 7u);
     __android_log_print(3, "AS", "ends with a line feed\n");
+    __android_log_print(4, "T", "%s", std::string(10000, 'x').c_str());
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "6 AS: [signal][7]sem_post failed\n3 AS: ends with a line feed\n");
-
-    testing::internal::CaptureStderr();
-    const std::string longText(10000, 'x');
-    __android_log_print(4, "T", "%s", longText.c_str());
-    const std::string out = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(out.size(), 4095u) << "cut, but still one line";
-    EXPECT_EQ(out.substr(0, 6), "4 T: x");
-    EXPECT_EQ(out.back(), '\n');
+              "6 AS: [signal][7]sem_post failed\n3 AS: ends with a line feed\n4 T: " +
+                  std::string(4089, 'x') + "\n")
+        << "a long message is cut, but still one line";
 }
 
 }  // namespace
