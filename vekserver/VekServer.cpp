@@ -49,9 +49,10 @@ void VekServer::init() {
     // once, in the order equaliser, Hfe, Vb, whatever the equaliser mode.
     addFeature(speaker, "Speaker", true);
     addFeature(gain, "Gain", true);
-    (void)isEqSupported();
-    (void)isHfeSupported();
-    (void)isVbSupported();
+    addFeature(eqV2, "EqV2", isEqSupported() && eqMode == 0);
+    addFeature(eq, "Eq", isEqSupported() && eqMode != 0);
+    addFeature(hfe, "Hfe", isHfeSupported());
+    addFeature(vb, "Vb", isVbSupported());
     addFeature(reverb, "Reverb", enReverb);
 }
 
@@ -89,6 +90,10 @@ void VekServer::deinit() {
     common.reset();
     speaker.reset();
     gain.reset();
+    eq.reset();
+    eqV2.reset();
+    hfe.reset();
+    vb.reset();
     reverb.reset();
 }
 

@@ -7,10 +7,16 @@
 #include "AudioThread.h"
 #include "VekCommonSlave.h"
 #include "VekCommonSlaveCallbackImpl.h"
+#include "VekEqSlave.h"
+#include "VekEqSlaveCallbackImpl.h"
+#include "VekEqV2Slave.h"
+#include "VekEqV2SlaveCallbackImpl.h"
 #include "VekFeature.h"
 #include "VekFrameHub.h"
 #include "VekGainSlave.h"
 #include "VekGainSlaveCallbackImpl.h"
+#include "VekHfeSlave.h"
+#include "VekHfeSlaveCallbackImpl.h"
 #include "VekLogCallbackImpl.h"
 #include "VekReverbSlave.h"
 #include "VekReverbSlaveCallbackImpl.h"
@@ -18,6 +24,8 @@
 #include "VekSpeakerSlave.h"
 #include "VekSpeakerSlaveCallbackImpl.h"
 #include "VekTransport.h"
+#include "VekVbSlave.h"
+#include "VekVbSlaveCallbackImpl.h"
 
 namespace vekserver {
 
@@ -54,6 +62,10 @@ private:
     VekFeature<vekprotocol::VekCommonSlave, VekCommonSlaveCallbackImpl> common;
     VekFeature<vekprotocol::VekSpeakerSlave, VekSpeakerSlaveCallbackImpl> speaker;
     VekFeature<vekprotocol::VekGainSlave, VekGainSlaveCallbackImpl> gain;
+    VekFeature<vekprotocol::VekEqSlave, VekEqSlaveCallbackImpl> eq;
+    VekFeature<vekprotocol::VekEqV2Slave, VekEqV2SlaveCallbackImpl> eqV2;
+    VekFeature<vekprotocol::VekHfeSlave, VekHfeSlaveCallbackImpl> hfe;
+    VekFeature<vekprotocol::VekVbSlave, VekVbSlaveCallbackImpl> vb;
     VekFeature<vekprotocol::VekReverbSlave, VekReverbSlaveCallbackImpl> reverb;
 };
 

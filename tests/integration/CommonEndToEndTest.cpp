@@ -31,7 +31,7 @@ TEST_F(CommonEndToEndTest, VersionFeaturesAndFileListsAreAnswered) {
         "\n+SEND-AS:1:0:Common:VersionResponse:0:OK:<A00020001>:\n-SEND\n\n"));
 
     const std::string features = daemon.request("AS:2:0:Common:FeatureRequest:0:NG:\n");
-    EXPECT_EQ(features, "AS:2:0:Common:FeatureResponse:0:OK:<Common:Gain:Speaker>:\n");
+    EXPECT_EQ(features, "AS:2:0:Common:FeatureResponse:0:OK:<Common:EqV2:Gain:Hfe:Speaker:Vb>:\n");
     EXPECT_TRUE(daemon.waitForOutput(
         "[AST][INF]onFeatureRequest, self=2, peer=0, fail=1, rawDataLength=0\n"));
 
