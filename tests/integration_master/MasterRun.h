@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Runs the built vek_master as a process of its own, as a user or a script would, and
+// collects its exit status and everything it printed.
+class MasterRun {
+public:
+    struct Result {
+        int status = -1;  // exit status; -1 when it had to be killed
+        std::string out;
+        std::string err;
+    };
+
+    // args follow the program name; input is its standard input; env adds NAME=value.
+    static Result run(const std::vector<std::string>& args, const std::string& input = "",
+                      const std::vector<std::string>& env = {});
+
+    // A temporary file holding bytes, removed with this object.
+    class TempFile {
+    public:
+        explicit TempFile(const std::string& bytes = "");
+        ~TempFile();
+        TempFile(const TempFile&) = delete;
+        TempFile& operator=(const TempFile&) = delete;
+        const std::string& path() const { return path_; }
+        std::string read() const;
+
+    private:
+        std::string path_;
+    };
+};

@@ -1,0 +1,106 @@
+#include "VekMasterOptions.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "VekSerialLine.h"
+
+namespace vekmaster {
+
+namespace {
+
+constexpr long kMaxTimeoutMs = 3600000;
+
+// The value behind a prefix, when arg starts with it.
+const char* after(const char* arg, const char* prefix) {
+    const size_t n = std::strlen(prefix);
+    return std::strncmp(arg, prefix, n) == 0 ? arg + n : nullptr;
+}
+
+// The whole text as a decimal number in [low, high].
+bool readNumber(const char* text, long low, long high, long& value) {
+    char* end = nullptr;
+    errno = 0;
+    value = std::strtol(text, &end, 10);
+    return end != text && *end == '\0' && errno == 0 && value >= low && value <= high;
+}
+
+}  // namespace
+
+std::string VekMasterOptions::parse(int argc, char** argv) {
+    bool deviceGiven = false;
+    int i = 1;
+    for (; i < argc; ++i) {
+        const char* arg = argv[i];
+        const char* value = nullptr;
+        long number = 0;
+        if (std::strcmp(arg, "--") == 0) {
+            ++i;
+            break;
+        } else if (std::strncmp(arg, "--", 2) != 0) {
+            words.emplace_back(arg);
+        } else if (std::strcmp(arg, "--json") == 0) {
+            json = true;
+        } else if (std::strcmp(arg, "--help") == 0) {
+            help = true;
+        } else if (std::strcmp(arg, "--keep-going") == 0) {
+            keepGoing = true;
+        } else if ((value = after(arg, "--device=")) != nullptr) {
+            device = value;
+            deviceGiven = true;
+        } else if ((value = after(arg, "--baudRate=")) != nullptr) {
+            speed_t speed = 0;
+            if (!readNumber(value, 0, INT32_MAX, number) ||
+                !VekSerialLine::speedFor(static_cast<int32_t>(number), speed)) {
+                return std::string("--baudRate=") + value + " is not a speed of the line (" +
+                       VekSerialLine::speeds() + ")";
+            }
+            baudRate = static_cast<int32_t>(number);
+        } else if ((value = after(arg, "--timeout=")) != nullptr) {
+            if (!readNumber(value, 1, kMaxTimeoutMs, number)) {
+                return std::string("--timeout=") + value +
+                       " is not a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) +
+                       ")";
+            }
+            timeoutMs = static_cast<int>(number);
+        } else if ((value = after(arg, "--script=")) != nullptr) {
+            script = value;
+        } else if ((value = after(arg, "--launch=")) != nullptr) {
+            launch = value;
+        } else if ((value = after(arg, "--log=")) != nullptr) {
+            log = value;
+        } else if ((value = after(arg, "--output=")) != nullptr) {
+            output = value;
+        } else {
+            return std::string("unknown option ") + arg;
+        }
+        if (value != nullptr && *value == '\0') {
+            return std::string(arg) + " needs a value";
+        }
+    }
+    daemonArgs.assign(argv + i, argv + argc);
+
+    if (!script.empty() && !words.empty()) {
+        return "give either --script or FEATURE MESSAGE [ARG...], not both";
+    }
+    if (script.empty() && words.empty()) {
+        return "expected FEATURE MESSAGE [ARG...] or --script=FILE";
+    }
+    if (keepGoing && script.empty()) {
+        return "--keep-going needs --script";
+    }
+    if (!output.empty() && !script.empty()) {
+        return "--output goes on the script line of its command";
+    }
+    if (launch.empty() && (!log.empty() || !daemonArgs.empty())) {
+        return "--log and DAEMON-ARGS need --launch";
+    }
+    if (!launch.empty() && deviceGiven) {
+        return "--device and --launch exclude each other";
+    }
+    return "";
+}
+
+}  // namespace vekmaster

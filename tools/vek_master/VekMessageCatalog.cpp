@@ -1,0 +1,174 @@
+#include "VekMessageCatalog.h"
+
+#include "VekFieldReader.h"
+
+namespace vekmaster {
+
+using namespace vekprotocol;
+
+namespace {
+
+// "SetChannelRequest" -> "SetChannel"
+std::string operationOf(const std::string& request) {
+    static const std::string kSuffix = "Request";
+    const size_t stem = request.size() - kSuffix.size();
+    return request.size() > kSuffix.size() && request.compare(stem, kSuffix.size(), kSuffix) == 0
+               ? request.substr(0, stem)
+               : request;
+}
+
+std::string arguments(size_t count) {
+    return std::to_string(count) + (count == 1 ? " argument" : " arguments");
+}
+
+}  // namespace
+
+template <class Master, class Request>
+void VekMessageCatalog::addMessage(Master& master,
+                                   void (Master::*encoder)(std::stringstream&, const Request&)) {
+    VekMasterMessage message;
+    message.feature = Master::kFeature;
+    message.name = operationOf(Request::kMessage);
+    message.response = message.name + "Response";
+    Request probe;
+    fields(message.signature, probe);
+    message.encode = [&master, encoder](const VekFields& args, uint32_t self,
+                                        std::stringstream& out) {
+        Request request;
+        request.self = self;
+        VekFieldReader reader(args);
+        fields(reader, request);
+        if (!reader.ok()) {
+            return false;
+        }
+        (master.*encoder)(out, request);
+        return true;
+    };
+    messages_.push_back(std::move(message));
+}
+
+template <class Master, class... Requests>
+void VekMessageCatalog::addFeature(Master& master, void (Master::*... encoders)(std::stringstream&,
+                                                                                const Requests&)) {
+    sinks_.push_back(std::make_unique<VekResponseSink>(Master::kFeature, reply_));
+    master.setCallback(sinks_.back().get());
+    features_.emplace_back(Master::kFeature, &master);
+    (addMessage(master, encoders), ...);
+}
+
+VekMessageCatalog::VekMessageCatalog(VekMasterReply& reply) : reply_(reply) {
+    using Common = VekCommonMaster;
+    addFeature(common_, &Common::encodeVersionRequest, &Common::encodeFeatureRequest,
+               &Common::encodeFileListRequest, &Common::encodeFileContentRequest,
+               &Common::encodeGetBypassRequest, &Common::encodeSetBypassRequest);
+    using Gain = VekGainMaster;
+    addFeature(gain_, &Gain::encodeGetMasterRequest, &Gain::encodeSetMasterRequest,
+               &Gain::encodeGetChannelRequest, &Gain::encodeSetChannelRequest,
+               &Gain::encodeGetFadeBalanceRequest, &Gain::encodeSetFadeBalanceRequest);
+    using Reverb = VekReverbMaster;
+    addFeature(reverb_, &Reverb::encodeGetEnableRequest, &Reverb::encodeGetModeRequest,
+               &Reverb::encodeSetModeRequest);
+    using Eq = VekEqMaster;
+    addFeature(eq_, &Eq::encodeGetEnableRequest, &Eq::encodeSetEnableRequest,
+               &Eq::encodeGetBandCountRequest, &Eq::encodeGetBandConfigRequest,
+               &Eq::encodeSetBandConfigRequest);
+    using EqV2 = VekEqV2Master;
+    addFeature(eqV2_, &EqV2::encodeGetEnableRequest, &EqV2::encodeSetEnableRequest,
+               &EqV2::encodeGetBandCountRequest, &EqV2::encodeSetBandCountRequest,
+               &EqV2::encodeGetBandConfigRequest, &EqV2::encodeSetBandConfigRequest);
+    using Hfe = VekHfeMaster;
+    addFeature(hfe_, &Hfe::encodeGetEnableRequest, &Hfe::encodeSetEnableRequest,
+               &Hfe::encodeGetChannelConfigRequest, &Hfe::encodeSetChannelConfigRequest);
+    using Vb = VekVbMaster;
+    addFeature(vb_, &Vb::encodeGetEnableRequest, &Vb::encodeSetEnableRequest,
+               &Vb::encodeGetChannelConfigRequest, &Vb::encodeSetChannelConfigRequest);
+    using Speaker = VekSpeakerMaster;
+    addFeature(speaker_, &Speaker::encodeGetEnableRequest, &Speaker::encodeSetEnableRequest,
+               &Speaker::encodeGetDelayRequest, &Speaker::encodeSetDelayRequest,
+               &Speaker::encodeSetStylePatternRequest, &Speaker::encodeSetSinePatternRequest);
+}
+
+std::unique_ptr<VekFrameHub> VekMessageCatalog::makeHub() {
+    auto hub = std::make_unique<VekFrameHub>(&common_, nullptr);
+    for (const auto& feature : features_) {
+        hub->registerEndpoint(feature.first, feature.second);
+    }
+    return hub;
+}
+
+std::string VekMessageCatalog::names(const std::string& feature) const {
+    std::string list;
+    for (const VekMasterMessage& message : messages_) {
+        if (message.feature == feature) {
+            list += (list.empty() ? "" : " ") + message.name;
+        }
+    }
+    return list;
+}
+
+std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
+                                       VekMasterCommand& command) const {
+    std::string features;
+    bool known = false;
+    for (const auto& feature : features_) {
+        features += (features.empty() ? "" : " ") + feature.first;
+        known = known || (!words.empty() && words[0] == feature.first);
+    }
+    if (words.empty()) {
+        return "expected FEATURE MESSAGE [ARG...] (features: " + features + ")";
+    }
+    const std::string& feature = words[0];
+    if (!known) {
+        return "unknown feature '" + feature + "' (features: " + features + ")";
+    }
+    if (words.size() < 2) {
+        return feature + " needs a MESSAGE (messages: " + names(feature) + ")";
+    }
+    const VekMasterMessage* message = nullptr;
+    for (const VekMasterMessage& candidate : messages_) {
+        if (candidate.feature == feature && candidate.name == words[1]) {
+            message = &candidate;
+        }
+    }
+    if (message == nullptr) {
+        return feature + " has no message '" + words[1] + "' (messages: " + names(feature) + ")";
+    }
+
+    const std::string head = feature + ' ' + message->name;
+    const VekFields args(words.begin() + 2, words.end());
+    for (const std::string& arg : args) {
+        // Nothing on the wire escapes a separator, and an empty last field is lost.
+        if (arg.empty() || arg.find_first_of(":\n") != std::string::npos) {
+            return head + ": argument '" + arg +
+                   "' cannot be sent (it is empty or holds ':' or a line feed)";
+        }
+    }
+    const VekFieldSignature& wanted = message->signature;
+    const size_t given = args.size();
+    if (given < wanted.count() || (!wanted.open() && given > wanted.count())) {
+        const std::string expected =
+            wanted.slots().empty() ? "no arguments"
+                                   : arguments(wanted.count()) + (wanted.open() ? " or more" : "") +
+                                         " (" + wanted.synopsis() + ")";
+        return head + " takes " + expected + ", got " + std::to_string(given);
+    }
+    std::stringstream scratch;
+    if (!message->encode(args, 0, scratch)) {
+        return head + ": the arguments do not read as " + wanted.synopsis();
+    }
+    command.message = message;
+    command.args = args;
+    return "";
+}
+
+std::string VekMessageCatalog::help() const {
+    std::string text;
+    for (const VekMasterMessage& message : messages_) {
+        const std::string synopsis = message.signature.synopsis();
+        text += "  " + message.feature + ' ' + message.name +
+                (synopsis.empty() ? "" : ' ' + synopsis) + '\n';
+    }
+    return text;
+}
+
+}  // namespace vekmaster

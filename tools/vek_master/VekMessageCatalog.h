@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VekCommonMaster.h"
+#include "VekEqMaster.h"
+#include "VekEqV2Master.h"
+#include "VekFrameHub.h"
+#include "VekGainMaster.h"
+#include "VekHfeMaster.h"
+#include "VekMasterCommand.h"
+#include "VekMasterMessage.h"
+#include "VekMasterReply.h"
+#include "VekResponseSink.h"
+#include "VekReverbMaster.h"
+#include "VekSpeakerMaster.h"
+#include "VekVbMaster.h"
+
+namespace vekmaster {
+
+// Every request of every feature, derived from the master endpoints' encoders and the
+// request records' field lists; owns the master endpoints and their callbacks, which
+// put the awaited answer into the reply given at construction.
+class VekMessageCatalog {
+public:
+    explicit VekMessageCatalog(VekMasterReply& reply);
+    VekMessageCatalog(const VekMessageCatalog&) = delete;
+    VekMessageCatalog& operator=(const VekMessageCatalog&) = delete;
+
+    // A hub that routes answers to the master endpoints by feature name.
+    std::unique_ptr<vekprotocol::VekFrameHub> makeHub();
+    // Checks FEATURE MESSAGE ARG... and fills command; "" or why it cannot be sent.
+    std::string prepare(const std::vector<std::string>& words, VekMasterCommand& command) const;
+    // One line per message: "  Gain SetChannel channelGain:float[6]".
+    std::string help() const;
+
+private:
+    template <class Master, class... Requests>
+    void addFeature(Master& master,
+                    void (Master::*... encoders)(std::stringstream&, const Requests&));
+    template <class Master, class Request>
+    void addMessage(Master& master, void (Master::*encoder)(std::stringstream&, const Request&));
+    std::string names(const std::string& feature) const;
+
+    VekMasterReply& reply_;
+    vekprotocol::VekCommonMaster common_;
+    vekprotocol::VekGainMaster gain_;
+    vekprotocol::VekReverbMaster reverb_;
+    vekprotocol::VekEqMaster eq_;
+    vekprotocol::VekEqV2Master eqV2_;
+    vekprotocol::VekHfeMaster hfe_;
+    vekprotocol::VekVbMaster vb_;
+    vekprotocol::VekSpeakerMaster speaker_;
+    std::vector<std::unique_ptr<VekResponseSink>> sinks_;
+    std::vector<std::pair<std::string, vekprotocol::VekSerDes*>> features_;
+    std::vector<VekMasterMessage> messages_;
+};
+
+}  // namespace vekmaster

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <sys/types.h>
+#include <termios.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace vekmaster {
+
+// The master's end of the serial line. It is kept non-blocking and every wait is a
+// poll with a limit, so neither a silent device nor a full line can hang the tool.
+class VekSerialLine {
+public:
+    VekSerialLine() = default;
+    ~VekSerialLine();
+    VekSerialLine(const VekSerialLine&) = delete;
+    VekSerialLine& operator=(const VekSerialLine&) = delete;
+
+    // The speed constant of a rate the line supports (110 to 921600).
+    static bool speedFor(int32_t baudRate, speed_t& speed);
+    static std::string speeds();
+
+    // Opens a tty raw 8N1 at the rate, as the daemon opens its end; "" or the reason.
+    std::string open(const std::string& device, int32_t baudRate);
+    // Uses a descriptor someone else owns and has configured (a pseudo-terminal).
+    void adopt(int fd);
+
+    // Waits up to timeoutMs: the number of bytes read, 0 when none came, -1 when the
+    // line failed (errno tells why).
+    ssize_t receive(char* buffer, size_t size, int timeoutMs);
+    // Writes every byte within timeoutMs; false when the line failed or stayed full.
+    bool send(const std::string& bytes, int timeoutMs);
+
+private:
+    int fd_ = -1;
+    bool owned_ = false;
+};
+
+}  // namespace vekmaster
