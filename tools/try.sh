@@ -6,7 +6,7 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-if [[ ! -f build/build.ninja ]]; then
+if [[ ! -f build/CMakeCache.txt ]]; then
     cmake --preset default
 fi
 cmake --build build --target vek_tuner vek_master
