@@ -38,7 +38,7 @@ std::string paramLine(const char* operation, const char* app, const char* effect
     if (param == nullptr) {
         line += " param=(null)";
     } else {
-        seen.bytes.assign(param, param + SimParamStore::extent(param));
+        seen.bytes.assign(param, param + SimParamStore::extent(SimText::orNull(effect), param));
         line += SimText::format(" totalLength=%u", SimBytes::u32(param));
     }
     SimCore::instance().locked([&](SimState& s) { s.paramCalls.push_back(std::move(seen)); });

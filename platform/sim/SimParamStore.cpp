@@ -40,9 +40,10 @@ uint32_t maskOf(const uint8_t* body, uint32_t size) {
 
 }  // namespace
 
-uint32_t SimParamStore::extent(const uint8_t* buffer) {
+uint32_t SimParamStore::extent(const std::string& effect, const uint8_t* buffer) {
     const uint64_t end = kHead + static_cast<uint64_t>(SimBytes::u32(buffer));
-    return static_cast<uint32_t>(std::min<uint64_t>(end, kMaxBufferSize));
+    const uint32_t room = capacity(effect, buffer);
+    return static_cast<uint32_t>(std::min<uint64_t>(end, room != 0 ? room : kMaxBufferSize));
 }
 
 uint32_t SimParamStore::capacity(const std::string& effect, const uint8_t* buffer) {
@@ -108,7 +109,7 @@ void SimParamStore::storeRecord(const std::string& effect, uint16_t paramId, con
 }
 
 int32_t SimParamStore::answer(const std::string& effect, uint8_t* buffer) const {
-    const uint32_t end = extent(buffer);
+    const uint32_t end = extent(effect, buffer);
     if (end < 2 * kHead || !walk(buffer, [](uint16_t, const uint8_t*, uint32_t) {})) {
         return kInvalid;
     }

@@ -27,8 +27,9 @@ public:
     static constexpr uint32_t kMaxBufferSize = 6796;
 
     // Bytes of a buffer as the records describe them: 4 + totalLength, never more
-    // than kMaxBufferSize.
-    static uint32_t extent(const uint8_t* buffer);
+    // than the room the daemon gives such a buffer (kMaxBufferSize when unknown), so
+    // a corrupt totalLength cannot make the simulator read or write past it.
+    static uint32_t extent(const std::string& effect, const uint8_t* buffer);
     // Room the daemon gives a getEffectParam answer for this query: 1036 for an
     // equaliser layout, 6796 for a band, 148 for hfe, 508 for vb; 0 when unknown.
     static uint32_t capacity(const std::string& effect, const uint8_t* buffer);
