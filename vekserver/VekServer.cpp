@@ -70,10 +70,14 @@ void VekServer::run() {
         if (n < 0) {
             return;
         }
-        // Without a hub (the greeting failed) nothing may be served.
-        if (hub != nullptr) {
-            hub->feed(buffer, static_cast<uint32_t>(n));
-        }
+        serve(buffer, static_cast<uint32_t>(n));
+    }
+}
+
+void VekServer::serve(const char* data, uint32_t size) {
+    // Without a hub (the greeting failed) nothing may be served.
+    if (hub != nullptr) {
+        hub->feed(data, size);
     }
 }
 

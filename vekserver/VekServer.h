@@ -41,6 +41,8 @@ public:
     void init();
     void stop();
     void deinit();
+    // Hands received bytes to the frame hub; nothing is served before init() greeted.
+    void serve(const char* data, uint32_t size);
 
 protected:
     void run() override;

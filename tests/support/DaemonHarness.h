@@ -46,6 +46,7 @@ public:
     int waitExit(std::chrono::milliseconds timeout = std::chrono::milliseconds(5000));
     void closeMaster();
     const std::string& slavePath() const { return slavePath_; }
+    pid_t pid() const { return pid_; }
 
 private:
     class Recorder;
