@@ -9,34 +9,17 @@
 #include <cstdio>
 #include <cstring>
 
+#include "VekLineSettings.h"
+
 namespace vektransport {
-
-namespace {
-
-struct SpeedEntry {
-    int32_t baudRate;
-    speed_t speed;
-};
-
-// Searched from the top; the first equal rate wins.
-const SpeedEntry kSpeeds[] = {
-    {921600, B921600}, {460800, B460800}, {230400, B230400}, {115200, B115200}, {57600, B57600},
-    {38400, B38400},   {19200, B19200},   {9600, B9600},     {4800, B4800},     {2400, B2400},
-    {1200, B1200},     {600, B600},       {300, B300},       {110, B110},
-};
-
-}  // namespace
 
 VekTransportUsb::VekTransportUsb(const std::string& device, int32_t baudRate)
     : device(device), baudRate(baudRate) {}
 
 speed_t VekTransportUsb::speedFor(int32_t baudRate) {
-    for (const SpeedEntry& entry : kSpeeds) {
-        if (entry.baudRate == baudRate) {
-            return entry.speed;
-        }
-    }
-    return B115200;
+    speed_t speed = B115200;
+    VekLineSettings::speedFor(baudRate, speed);
+    return speed;
 }
 
 int32_t VekTransportUsb::open() {
@@ -58,19 +41,7 @@ int32_t VekTransportUsb::open() {
     if (got != 0) {
         return abandon("get", got);
     }
-    const speed_t speed = speedFor(baudRate);
-    cfsetispeed(&tio, speed);
-    cfsetospeed(&tio, speed);
-    // 8N1, no hardware flow control, modem lines ignored, receiver on.
-    tio.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | PARENB | CSTOPB | CSIZE);
-    tio.c_cflag |= static_cast<tcflag_t>(CS8 | CLOCAL | CREAD);
-    // Raw bytes both ways: frames are text, but CR/LF and flow-control bytes are data here.
-    tio.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHOE | ISIG);
-    tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY | INLCR | ICRNL);
-    tio.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-    // A read returns what is there, or nothing after one second, so the reader can poll.
-    tio.c_cc[VMIN] = 0;
-    tio.c_cc[VTIME] = 10;
+    VekLineSettings::makeRaw(tio, speedFor(baudRate));
     const int set = tcsetattr(fd, TCSANOW, &tio);
     if (set != 0) {
         return abandon("set", set);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "VekLineSettings.h"
 #include "VekSerialLine.h"
 
 namespace vekmaster {
@@ -53,9 +54,9 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
         } else if ((value = after(arg, "--baudRate=")) != nullptr) {
             speed_t speed = 0;
             if (!readNumber(value, 0, INT32_MAX, number) ||
-                !VekSerialLine::speedFor(static_cast<int32_t>(number), speed)) {
+                !vektransport::VekLineSettings::speedFor(static_cast<int32_t>(number), speed)) {
                 return std::string("--baudRate=") + value + " is not a speed of the line (" +
-                       VekSerialLine::speeds() + ")";
+                       vektransport::VekLineSettings::rates() + ")";
             }
             baudRate = static_cast<int32_t>(number);
         } else if ((value = after(arg, "--timeout=")) != nullptr) {

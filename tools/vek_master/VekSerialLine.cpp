@@ -8,20 +8,11 @@
 #include <chrono>
 #include <cstring>
 
+#include "VekLineSettings.h"
+
 namespace vekmaster {
 
 namespace {
-
-struct SpeedEntry {
-    int32_t baudRate;
-    speed_t speed;
-};
-
-const SpeedEntry kSpeeds[] = {
-    {110, B110},       {300, B300},       {600, B600},       {1200, B1200},     {2400, B2400},
-    {4800, B4800},     {9600, B9600},     {19200, B19200},   {38400, B38400},   {57600, B57600},
-    {115200, B115200}, {230400, B230400}, {460800, B460800}, {921600, B921600},
-};
 
 std::string reason(const char* what, const std::string& device) {
     const int err = errno;
@@ -36,27 +27,9 @@ VekSerialLine::~VekSerialLine() {
     }
 }
 
-bool VekSerialLine::speedFor(int32_t baudRate, speed_t& speed) {
-    for (const SpeedEntry& entry : kSpeeds) {
-        if (entry.baudRate == baudRate) {
-            speed = entry.speed;
-            return true;
-        }
-    }
-    return false;
-}
-
-std::string VekSerialLine::speeds() {
-    std::string list;
-    for (const SpeedEntry& entry : kSpeeds) {
-        list += (list.empty() ? "" : " ") + std::to_string(entry.baudRate);
-    }
-    return list;
-}
-
 std::string VekSerialLine::open(const std::string& device, int32_t baudRate) {
     speed_t speed = B115200;
-    speedFor(baudRate, speed);
+    vektransport::VekLineSettings::speedFor(baudRate, speed);
     // O_NONBLOCK also keeps the open itself from waiting for a carrier.
     fd_ = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd_ < 0) {
@@ -67,16 +40,8 @@ std::string VekSerialLine::open(const std::string& device, int32_t baudRate) {
     if (tcgetattr(fd_, &tio) != 0) {
         return reason("configure", device);
     }
-    cfsetispeed(&tio, speed);
-    cfsetospeed(&tio, speed);
-    // The daemon's settings for its end: 8N1, no flow control, raw bytes both ways.
-    tio.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | PARENB | CSTOPB | CSIZE);
-    tio.c_cflag |= static_cast<tcflag_t>(CS8 | CLOCAL | CREAD);
-    tio.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHOE | ISIG);
-    tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY | INLCR | ICRNL);
-    tio.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-    tio.c_cc[VMIN] = 0;
-    tio.c_cc[VTIME] = 10;
+    // The daemon's settings for its end.
+    vektransport::VekLineSettings::makeRaw(tio, speed);
     if (tcsetattr(fd_, TCSANOW, &tio) != 0) {
         return reason("configure", device);
     }

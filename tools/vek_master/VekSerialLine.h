@@ -18,10 +18,6 @@ public:
     VekSerialLine(const VekSerialLine&) = delete;
     VekSerialLine& operator=(const VekSerialLine&) = delete;
 
-    // The speed constant of a rate the line supports (110 to 921600).
-    static bool speedFor(int32_t baudRate, speed_t& speed);
-    static std::string speeds();
-
     // Opens a tty raw 8N1 at the rate, as the daemon opens its end; "" or the reason.
     std::string open(const std::string& device, int32_t baudRate);
     // Uses a descriptor someone else owns and has configured (a pseudo-terminal).

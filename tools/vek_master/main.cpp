@@ -4,6 +4,7 @@
 
 #include "VekDaemonLauncher.h"
 #include "VekExitStatus.h"
+#include "VekLineSettings.h"
 #include "VekMasterCommand.h"
 #include "VekMasterOptions.h"
 #include "VekMasterReply.h"
@@ -60,7 +61,7 @@ void printHelp(const VekMessageCatalog& catalog) {
         "\n"
         "Exit status: 0 OK, 1 NG, 2 no answer in time, 64 bad usage, 69 the launched daemon\n"
         "did not greet or did not exit with 0, 74 the line, a file or the pty failed.\n",
-        VekSerialLine::speeds().c_str(), catalog.help().c_str());
+        vektransport::VekLineSettings::rates().c_str(), catalog.help().c_str());
 }
 
 // Checks every command before the first one is sent, so that a typo in a script does
