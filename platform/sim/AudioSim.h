@@ -110,7 +110,8 @@ public:
 
     // One line per library operation call, failed ones included, in call order, as
     // "setChannelGain mask=4 gain=-3" (floats in %g). Factories and destroy are not
-    // logged; see liveObjects.
+    // logged; see liveObjects. Both logs are kept only from the first reset or
+    // resetFromEnvironment on: a process that never calls either (the daemon) keeps none.
     static std::vector<std::string> calls();
     static std::vector<ParamCall> paramCalls();
     static void clearCalls();

@@ -41,7 +41,11 @@ std::string paramLine(const char* operation, const char* app, const char* effect
         seen.bytes.assign(param, param + SimParamStore::extent(SimText::orNull(effect), param));
         line += SimText::format(" totalLength=%u", SimBytes::u32(param));
     }
-    SimCore::instance().locked([&](SimState& s) { s.paramCalls.push_back(std::move(seen)); });
+    SimCore::instance().locked([&](SimState& s) {
+        if (s.keepCalls) {
+            s.paramCalls.push_back(std::move(seen));
+        }
+    });
     return line;
 }
 

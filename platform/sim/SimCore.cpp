@@ -38,6 +38,7 @@ int SimCore::live() {
 std::vector<std::string> SimCore::reset(const std::string& setup, bool fromEnvironment) {
     std::lock_guard<std::mutex> lock(mutex_);
     state_ = SimState();
+    state_.keepCalls = true;
     configured_ = !fromEnvironment;
     return fromEnvironment ? std::vector<std::string>{} : SimSetup::apply(setup, state_);
 }

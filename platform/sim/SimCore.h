@@ -25,7 +25,9 @@ public:
     template <class Work>
     int32_t call(const char* operation, std::string line, const uint32_t* mask, Work&& work) {
         std::lock_guard<std::mutex> lock(mutex_);
-        state_.calls.push_back(std::move(line));
+        if (state_.keepCalls) {
+            state_.calls.push_back(std::move(line));
+        }
         const int32_t injected = state_.failures.check(operation, mask);
         return injected != 0 ? injected : work(state_);
     }

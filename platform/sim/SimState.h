@@ -37,6 +37,9 @@ struct SimState {
     SimFailures failures;
     std::array<bool, 3> nullFactory{};  // by AudioSim::Object
     std::deque<Script> scripts;
+    // The call logs are kept only after a reset, that is under a test: the daemon never
+    // resets, and a log of every call would grow for as long as it serves.
+    bool keepCalls = false;
     std::vector<std::string> calls;
     std::vector<AudioSim::ParamCall> paramCalls;
 };
