@@ -180,6 +180,17 @@ std::string DaemonHarness::request(const std::string& frame) {
     return nextFrame();
 }
 
+long DaemonHarness::residentKb() const {
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.compare(0, 6, "VmRSS:") == 0) {
+            return std::strtol(line.c_str() + 6, nullptr, 10);
+        }
+    }
+    return -1;
+}
+
 void DaemonHarness::signal(int signo) const {
     kill(pid_, signo);
 }

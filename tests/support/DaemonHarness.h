@@ -47,6 +47,17 @@ public:
     void closeMaster();
     const std::string& slavePath() const { return slavePath_; }
     pid_t pid() const { return pid_; }
+    // The daemon's resident memory (VmRSS) in KiB, -1 when it cannot be read. In a cross
+    // build the process is the emulator, running the daemon.
+    long residentKb() const;
+    // Built with ASan or TSan (like the daemon): their allocators hold freed blocks back
+    // (ASan's quarantine up to 256 MiB) and map shadow memory as they go, so resident
+    // memory then tells little about the daemon's own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    static constexpr bool kSanitized = true;
+#else
+    static constexpr bool kSanitized = false;
+#endif
 
 private:
     class Recorder;
