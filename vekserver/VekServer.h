@@ -52,7 +52,7 @@ private:
     template <class Slave, class Impl>
     void addFeature(VekFeature<Slave, Impl>& feature, const char* name, bool condition);
 
-    int32_t baudRate;
+    [[maybe_unused]] int32_t baudRate;  // the transport runs the line at it
     int32_t eqMode;
     bool enReverb;
     std::string progressName;
