@@ -48,22 +48,25 @@ VekFields split(const std::string& line) {
     return fields;
 }
 
+// An integer that reads writes back to a text that reads the same.
+template <class T>
+bool readsBack(const std::string& text, T& value, bool (*read)(const std::string&, T&),
+               void (*append)(std::string&, T)) {
+    if (!read(text, value)) {
+        return false;
+    }
+    std::string back;
+    append(back, value);
+    T again = 0;
+    check(read(back, again) && again == value, "integer writes back");
+    return true;
+}
+
 void checkReaders(const std::string& text) {
     int32_t i = 0;
-    const bool isInt = VekText::readInt(text, i);
-    if (isInt) {
-        std::string back;
-        VekText::appendInt(back, i);
-        int32_t again = 0;
-        check(VekText::readInt(back, again) && again == i, "int writes back");
-    }
+    const bool isInt = readsBack(text, i, VekText::readInt, VekText::appendInt);
     uint32_t u = 0;
-    if (VekText::readUint(text, u)) {
-        std::string back;
-        VekText::appendUint(back, u);
-        uint32_t again = 0;
-        check(VekText::readUint(back, again) && again == u, "uint writes back");
-    }
+    readsBack(text, u, VekText::readUint, VekText::appendUint);
     float f = 0;
     if (VekText::readFloat(text, f)) {
         // Six significant digits lose precision once; the text form is then stable.

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <deque>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <thread>
 
@@ -130,43 +131,40 @@ void DaemonHarness::send(const std::string& bytes) {
 std::string DaemonHarness::drain(milliseconds timeout) {
     std::string got;
     const auto deadline = steady_clock::now() + timeout;
-    while (master_ >= 0) {
-        const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
-        if (left <= 0) {
-            break;
-        }
-        pollfd p{master_, POLLIN, 0};
-        if (poll(&p, 1, static_cast<int>(left)) <= 0 || !(p.revents & POLLIN)) {
-            break;
-        }
-        char buf[4096];
-        const ssize_t n = read(master_, buf, sizeof(buf));
-        if (n <= 0) {
-            break;
-        }
-        got.append(buf, static_cast<size_t>(n));
-    }
+    readUntil(
+        deadline, [] { return false; },
+        [&got](const char* bytes, size_t n) { got.append(bytes, n); });
     return got;
 }
 
-std::string DaemonHarness::nextFrame(milliseconds timeout) {
-    const auto deadline = steady_clock::now() + timeout;
-    while (recorder_->frames.empty() && master_ >= 0) {
-        const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
-        if (left <= 0) {
-            break;
-        }
-        pollfd p{master_, POLLIN, 0};
-        if (poll(&p, 1, static_cast<int>(left)) <= 0 || !(p.revents & POLLIN)) {
-            break;
-        }
-        char buf[4096];
-        const ssize_t n = read(master_, buf, sizeof(buf));
-        if (n <= 0) {
-            break;
-        }
-        hub_->feed(buf, static_cast<uint32_t>(n));
+bool DaemonHarness::readOnce(steady_clock::time_point deadline, const Sink& sink) {
+    const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
+    if (master_ < 0 || left <= 0) {
+        return false;
     }
+    pollfd p{master_, POLLIN, 0};
+    if (poll(&p, 1, static_cast<int>(left)) <= 0 || !(p.revents & POLLIN)) {
+        return false;
+    }
+    char buf[4096];
+    const ssize_t n = read(master_, buf, sizeof(buf));
+    if (n <= 0) {
+        return false;
+    }
+    sink(buf, static_cast<size_t>(n));
+    return true;
+}
+
+void DaemonHarness::readUntil(steady_clock::time_point deadline, const std::function<bool()>& done,
+                              const Sink& sink) {
+    while (!done() && readOnce(deadline, sink)) {
+    }
+}
+
+std::string DaemonHarness::nextFrame(milliseconds timeout) {
+    readUntil(
+        steady_clock::now() + timeout, [this] { return !recorder_->frames.empty(); },
+        [this](const char* bytes, size_t n) { hub_->feed(bytes, static_cast<uint32_t>(n)); });
     if (recorder_->frames.empty()) {
         return "";
     }

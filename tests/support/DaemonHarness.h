@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -61,6 +62,12 @@ public:
 
 private:
     class Recorder;
+    using Sink = std::function<void(const char*, size_t)>;
+
+    // One poll and read of the pty master before deadline; false when nothing came.
+    bool readOnce(std::chrono::steady_clock::time_point deadline, const Sink& sink);
+    void readUntil(std::chrono::steady_clock::time_point deadline,
+                   const std::function<bool()>& done, const Sink& sink);
 
     int master_ = -1;
     int slave_ = -1;
