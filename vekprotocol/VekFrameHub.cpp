@@ -188,9 +188,9 @@ void VekFrameHub::dispatch() {
     if (found == registry_.end() || found->second == nullptr) {
         return;
     }
-    std::stringstream frame(
-        std::string(cache_ + frameStart_, frameEnd_ - static_cast<uint32_t>(frameStart_)));
-    found->second->decode(headerFields_, payloadFields_, frame, rawOffset_);
+    frame_.str(std::string(cache_ + frameStart_, frameEnd_ - static_cast<uint32_t>(frameStart_)));
+    frame_.clear();
+    found->second->decode(headerFields_, payloadFields_, frame_, rawOffset_);
 }
 
 }  // namespace vekprotocol

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,9 @@ private:
     uint32_t sequence_ = 65535;
     VekFields headerFields_;
     VekFields payloadFields_;
+    // The frame handed to the endpoint; one stream reused, as building a stream (its
+    // locale and facets) costs more than decoding most frames.
+    std::stringstream frame_;
     std::map<std::string, VekSerDes*> registry_;
     char cache_[kCacheSize];
 };

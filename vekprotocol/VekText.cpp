@@ -1,7 +1,7 @@
 #include "VekText.h"
 
 #include <cerrno>
-#include <cinttypes>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
@@ -22,14 +22,12 @@ bool readLongLong(const std::string& text, long long& value) {
 
 void VekText::appendInt(std::string& out, int32_t value) {
     char text[16];
-    const int n = std::snprintf(text, sizeof(text), "%" PRId32, value);
-    out.append(text, static_cast<size_t>(n));
+    out.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
 }
 
 void VekText::appendUint(std::string& out, uint32_t value) {
     char text[16];
-    const int n = std::snprintf(text, sizeof(text), "%" PRIu32, value);
-    out.append(text, static_cast<size_t>(n));
+    out.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
 }
 
 void VekText::appendFloat(std::string& out, float value) {
