@@ -1,14 +1,14 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "DaemonHarness.h"
 
 namespace {
-
-using namespace std::chrono_literals;
 
 // A daemon that has greeted and announced its features; stopped in order at the end.
 struct Running {
@@ -27,8 +27,7 @@ struct Running {
     bool started = false;
 };
 
-// Each row: a set request and its answer, then a get request and the answer that
-// reads the value back. Response numbers count from 1 across the whole table.
+// Requests and the one answer each; response numbers count on across a table.
 struct Exchange {
     const char* request;
     const char* response;
@@ -48,64 +47,68 @@ TEST(FeaturesEndToEndTest, EveryDefaultFeatureReadsBackWhatWasSet) {
                   "[AST][INF]Support feature(Speaker).", "[AST][INF]Support feature(Gain).",
                   "[AST][INF]Support feature(EqV2).", "[AST][INF]Support feature(Hfe).",
                   "[AST][INF]Support feature(Vb)."}));
+    EXPECT_EQ(run.daemon.request("AS:7:0:Common:VersionRequest:0:OK:<M1.0>:\n"),
+              "AS:1:0:Common:VersionResponse:0:OK:<A00020001>:\n");
+    EXPECT_TRUE(run.daemon.waitForOutput(
+        "\n+RECV-AS:7:0:Common:VersionRequest:0:OK:<M1.0>:\n-RECV\n\n"
+        "[AST][INF]onVersionRequest, self=7, peer=0, fail=0, rawDataLength=0.\n"
+        "[AST][INF]Master version=M1.0, slave version=A00020001.\n"
+        "\n+SEND-AS:1:0:Common:VersionResponse:0:OK:<A00020001>:\n-SEND\n\n"));
     expectExchanges(
         run.daemon,
         {
-            {"AS:1:0:Common:FeatureRequest:0:OK:\n",
-             "AS:1:0:Common:FeatureResponse:0:OK:<Common:EqV2:Gain:Hfe:Speaker:Vb>:\n"},
-            {"AS:2:0:Gain:SetMasterRequest:0:OK:<-10.5>:\n",
-             "AS:2:0:Gain:SetMasterResponse:0:OK:\n"},
-            {"AS:3:0:Gain:GetMasterRequest:0:OK:\n",
-             "AS:3:0:Gain:GetMasterResponse:0:OK:<-10.5>:\n"},
-            {"AS:4:0:Gain:SetChannelRequest:0:OK:<0:0:-3:-3:1.5:0>:\n",
-             "AS:4:0:Gain:SetChannelResponse:0:OK:\n"},
-            {"AS:5:0:Gain:GetChannelRequest:0:OK:\n",
-             "AS:5:0:Gain:GetChannelResponse:0:OK:<0:0:-3:-3:1.5:0>:\n"},
-            {"AS:6:0:Gain:GetFadeBalanceRequest:0:OK:\n",
-             "AS:6:0:Gain:GetFadeBalanceResponse:0:OK:<0:0:15>:\n"},
-            {"AS:7:0:Gain:SetFadeBalanceRequest:0:OK:<2:-1:-1>:\n",
-             "AS:7:0:Gain:SetFadeBalanceResponse:0:OK:\n"},
-            {"AS:8:0:Gain:GetFadeBalanceRequest:0:OK:\n",
-             "AS:8:0:Gain:GetFadeBalanceResponse:0:OK:<2:-1:4294967295>:\n"},
-            {"AS:9:0:Speaker:SetEnableRequest:0:OK:<1:0:1:0:0:1>:\n",
-             "AS:9:0:Speaker:SetEnableResponse:0:OK:\n"},
-            {"AS:10:0:Speaker:GetEnableRequest:0:OK:\n",
-             "AS:10:0:Speaker:GetEnableResponse:0:OK:<1:0:1:0:0:1>:\n"},
-            {"AS:11:0:Speaker:SetDelayRequest:0:OK:<0.5:1:0.125:3.33333:0:10>:\n",
-             "AS:11:0:Speaker:SetDelayResponse:0:OK:\n"},
-            {"AS:12:0:Speaker:GetDelayRequest:0:OK:\n",
-             "AS:12:0:Speaker:GetDelayResponse:0:OK:<0.5:1:0.125:3.33333:0:10>:\n"},
-            {"AS:13:0:Speaker:SetSinePatternRequest:0:OK:<RS:1500>:\n",
-             "AS:13:0:Speaker:SetSinePatternResponse:0:OK:\n"},
-            {"AS:14:0:Speaker:SetStylePatternRequest:0:OK:<XX:3>:\n",
-             "AS:14:0:Speaker:SetStylePatternResponse:0:OK:\n"},
-            {"AS:15:0:EqV2:GetEnableRequest:0:OK:\n", "AS:15:0:EqV2:GetEnableResponse:0:OK:<1>:\n"},
-            {"AS:16:0:EqV2:SetBandCountRequest:0:OK:<10:10:5:5:3:0>:\n",
-             "AS:16:0:EqV2:SetBandCountResponse:0:OK:\n"},
-            {"AS:17:0:EqV2:GetBandCountRequest:0:OK:\n",
-             "AS:17:0:EqV2:GetBandCountResponse:0:OK:<10:10:5:5:3:0>:\n"},
-            {"AS:18:0:EqV2:SetBandConfigRequest:0:OK:<CF:7:2:-1:-3.5:0.707:0:1>:\n",
-             "AS:18:0:EqV2:SetBandConfigResponse:0:OK:\n"},
-            {"AS:19:0:EqV2:GetBandConfigRequest:0:OK:<CF:7>:\n",
-             "AS:19:0:EqV2:GetBandConfigResponse:0:OK:<CF:7:2:65535:-3.5:0.707:0:1>:\n"},
-            {"AS:20:0:Hfe:SetChannelConfigRequest:0:OK:<RS:1:0:1:2.5>:\n",
-             "AS:20:0:Hfe:SetChannelConfigResponse:0:OK:\n"},
-            {"AS:21:0:Hfe:GetChannelConfigRequest:0:OK:<RS>:\n",
-             "AS:21:0:Hfe:GetChannelConfigResponse:0:OK:<RS:1:0:1:2.5>:\n"},
-            {"AS:22:0:Hfe:SetEnableRequest:0:OK:<0>:\n", "AS:22:0:Hfe:SetEnableResponse:0:OK:\n"},
-            {"AS:23:0:Hfe:GetEnableRequest:0:OK:\n", "AS:23:0:Hfe:GetEnableResponse:0:OK:<0>:\n"},
-            {"AS:24:0:Vb:SetChannelConfigRequest:0:OK:<LS:1:-1:1:2:3:4:5:6:7:8:9:10:11:12:13:14:"
+            {"AS:2:0:Common:FeatureRequest:0:OK:\n",
+             "AS:2:0:Common:FeatureResponse:0:OK:<Common:EqV2:Gain:Hfe:Speaker:Vb>:\n"},
+            {"AS:3:0:Common:SetBypassRequest:0:OK:<1>:\n",
+             "AS:3:0:Common:SetBypassResponse:0:OK:\n"},
+            {"AS:4:0:Common:GetBypassRequest:0:OK:\n",
+             "AS:4:0:Common:GetBypassResponse:0:OK:<1>:\n"},
+            {"AS:5:0:Gain:SetChannelRequest:0:OK:<0:0:-3:-3:1.5:0>:\n",
+             "AS:5:0:Gain:SetChannelResponse:0:OK:\n"},
+            {"AS:6:0:Gain:GetChannelRequest:0:OK:\n",
+             "AS:6:0:Gain:GetChannelResponse:0:OK:<0:0:-3:-3:1.5:0>:\n"},
+            {"AS:7:0:Speaker:SetDelayRequest:0:OK:<0.5:1:0.125:3.33333:0:10>:\n",
+             "AS:7:0:Speaker:SetDelayResponse:0:OK:\n"},
+            {"AS:8:0:Speaker:GetDelayRequest:0:OK:\n",
+             "AS:8:0:Speaker:GetDelayResponse:0:OK:<0.5:1:0.125:3.33333:0:10>:\n"},
+            {"AS:9:0:EqV2:SetBandConfigRequest:0:OK:<CF:7:2:-1:-3.5:0.707:0:1>:\n",
+             "AS:9:0:EqV2:SetBandConfigResponse:0:OK:\n"},
+            {"AS:10:0:EqV2:GetBandConfigRequest:0:OK:<CF:7>:\n",
+             "AS:10:0:EqV2:GetBandConfigResponse:0:OK:<CF:7:2:65535:-3.5:0.707:0:1>:\n"},
+            {"AS:11:0:Hfe:SetChannelConfigRequest:0:OK:<RS:1:0:1:2.5>:\n",
+             "AS:11:0:Hfe:SetChannelConfigResponse:0:OK:\n"},
+            {"AS:12:0:Hfe:GetChannelConfigRequest:0:OK:<RS>:\n",
+             "AS:12:0:Hfe:GetChannelConfigResponse:0:OK:<RS:1:0:1:2.5>:\n"},
+            {"AS:13:0:Vb:SetChannelConfigRequest:0:OK:<LS:1:-1:1:2:3:4:5:6:7:8:9:10:11:12:13:14:"
              "15:16:17:18>:\n",
-             "AS:24:0:Vb:SetChannelConfigResponse:0:OK:\n"},
-            {"AS:25:0:Vb:GetChannelConfigRequest:0:OK:<LS>:\n",
-             "AS:25:0:Vb:GetChannelConfigResponse:0:OK:<LS:1:65535:1:2:3:4:5:6:7:8:9:10:11:12:"
+             "AS:13:0:Vb:SetChannelConfigResponse:0:OK:\n"},
+            {"AS:14:0:Vb:GetChannelConfigRequest:0:OK:<LS>:\n",
+             "AS:14:0:Vb:GetChannelConfigResponse:0:OK:<LS:1:65535:1:2:3:4:5:6:7:8:9:10:11:12:"
              "13:14:15:16:17:18>:\n"},
         });
     // Features this run does not serve get no answer.
-    run.daemon.send("AS:26:0:Reverb:GetModeRequest:0:OK:\n");
-    run.daemon.send("AS:27:0:Eq:GetBandCountRequest:0:OK:\n");
-    EXPECT_EQ(run.daemon.request("AS:28:0:Vb:GetEnableRequest:0:OK:\n"),
-              "AS:26:0:Vb:GetEnableResponse:0:OK:<1>:\n");
+    run.daemon.send("AS:15:0:Reverb:GetModeRequest:0:OK:\n");
+    run.daemon.send("AS:16:0:Eq:GetBandCountRequest:0:OK:\n");
+    EXPECT_EQ(run.daemon.request("AS:17:0:Vb:GetEnableRequest:0:OK:\n"),
+              "AS:15:0:Vb:GetEnableResponse:0:OK:<1>:\n");
+}
+
+TEST(FeaturesEndToEndTest, FileContentIsSentAsRawBytes) {
+    Running run({{}, ""});
+    ASSERT_TRUE(run.started);
+    char path[] = "/tmp/vek_content_XXXXXX";
+    const int fd = mkstemp(path);
+    const std::string bytes("<a>\0b\n", 6);
+    ASSERT_EQ(write(fd, bytes.data(), bytes.size()), 6);
+    close(fd);
+    const std::string header =
+        std::string("AS:1:0:Common:FileContentResponse:6:OK:<") + path + ">:\n";
+    EXPECT_EQ(
+        run.daemon.request(std::string("AS:9:0:Common:FileContentRequest:0:OK:<") + path + ">:\n"),
+        header + bytes);
+    // The send dump stops at the zero byte.
+    EXPECT_TRUE(run.daemon.waitForOutput("\n+SEND-" + header + "<a>-SEND\n\n"));
+    unlink(path);
 }
 
 TEST(FeaturesEndToEndTest, FixedEqualiserReverbAndAbsentEffects) {
@@ -128,18 +131,12 @@ TEST(FeaturesEndToEndTest, FixedEqualiserReverbAndAbsentEffects) {
         {
             {"AS:1:0:Common:FeatureRequest:0:OK:\n",
              "AS:1:0:Common:FeatureResponse:0:OK:<Common:Eq:Gain:Reverb:Speaker:Vb>:\n"},
-            {"AS:2:0:Eq:GetBandCountRequest:0:OK:\n",
-             "AS:2:0:Eq:GetBandCountResponse:0:OK:<20:20:20:20:20:20>:\n"},
-            {"AS:3:0:Eq:SetBandConfigRequest:0:OK:<L1:19:1:2:3:4:5:6>:\n",
-             "AS:3:0:Eq:SetBandConfigResponse:0:OK:\n"},
-            {"AS:4:0:Eq:GetBandConfigRequest:0:OK:<L1:19>:\n",
-             "AS:4:0:Eq:GetBandConfigResponse:0:OK:<L1:19:1:2:3:4:5:6>:\n"},
-            {"AS:5:0:Vb:GetEnableRequest:0:OK:\n", "AS:5:0:Vb:GetEnableResponse:0:OK:<1>:\n"},
-            {"AS:6:0:Reverb:GetModeRequest:0:OK:\n", "AS:6:0:Reverb:GetModeResponse:0:OK:<0>:\n"},
-            {"AS:7:0:Reverb:SetModeRequest:0:OK:<-2>:\n", "AS:7:0:Reverb:SetModeResponse:0:OK:\n"},
-            {"AS:8:0:Reverb:GetModeRequest:0:OK:\n", "AS:8:0:Reverb:GetModeResponse:0:OK:<-2>:\n"},
-            {"AS:9:0:Reverb:GetEnableRequest:0:OK:\n",
-             "AS:9:0:Reverb:GetEnableResponse:0:OK:<1>:\n"},
+            {"AS:2:0:Eq:SetBandConfigRequest:0:OK:<L1:19:1:2:3:4:5:6>:\n",
+             "AS:2:0:Eq:SetBandConfigResponse:0:OK:\n"},
+            {"AS:3:0:Eq:GetBandConfigRequest:0:OK:<L1:19>:\n",
+             "AS:3:0:Eq:GetBandConfigResponse:0:OK:<L1:19:1:2:3:4:5:6>:\n"},
+            {"AS:4:0:Reverb:SetModeRequest:0:OK:<-2>:\n", "AS:4:0:Reverb:SetModeResponse:0:OK:\n"},
+            {"AS:5:0:Reverb:GetModeRequest:0:OK:\n", "AS:5:0:Reverb:GetModeResponse:0:OK:<-2>:\n"},
         });
 }
 

@@ -88,15 +88,9 @@ TEST(LifecycleTest, SigtermGivesTheCrashReportAndStatus255) {
 
 TEST(LifecycleTest, MissingDeviceStillStopsInOrder) {
     DaemonHarness daemon({{"--device=/no/such/tty"}, "", false});
-    ASSERT_TRUE(daemon.waitForOutput("[AST][ERR]Device is disconnected.\n"));
-    const std::string out = daemon.output();
-    EXPECT_NE(out.find("[AST][ERR]Fail to open device:/no/such/tty, reason:(2)No such file or "
-                       "directory.\n"),
-              std::string::npos)
-        << out;
-    EXPECT_NE(out.find("[AST][WRN]Fd is invalid.\n[AST][ERR]Device is disconnected.\n"),
-              std::string::npos);
-    EXPECT_EQ(out.find("Support feature"), std::string::npos);
+    ASSERT_TRUE(
+        daemon.waitForOutput("[AST][WRN]Fd is invalid.\n[AST][ERR]Device is disconnected.\n"));
+    EXPECT_EQ(daemon.output().find("Support feature"), std::string::npos);
     daemon.signal(SIGUSR1);
     EXPECT_EQ(daemon.waitExit(), 0);
     EXPECT_NE(daemon.output().find("[AST][INF]Ending vek_tuner.\n"), std::string::npos);

@@ -14,12 +14,8 @@ struct OneCommand {
 
 TEST_F(MasterCommonTest, AnswersArePrintedAsLinesOrJson) {
     const OneCommand cases[] = {
-        {{"Common", "Version", "M1.0"}, "version=A00020001\nOK\n"},
         {{"Common", "FileList", "Reverb"}, "feature=Reverb\nfiles=\nOK\n"},
         {{"Common", "SetBypass", "1"}, "OK\n"},
-        {{"--json", "Common", "Version", "M1.0"},
-         "{\"feature\":\"Common\",\"message\":\"VersionResponse\",\"self\":1,\"status\":\"OK\","
-         "\"fields\":{\"version\":\"A00020001\"},\"rawDataLength\":0}\n"},
         {{"Common", "FileList", "Gain", "--json"},
          "{\"feature\":\"Common\",\"message\":\"FileListResponse\",\"self\":1,\"status\":\"OK\","
          "\"fields\":{\"feature\":\"Gain\",\"files\":[\"/media/flash/nvm/mixhub/"

@@ -3,7 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "PlatformTestSupport.h"
+#include "AppHandle.h"
+#include "SimTest.h"
 
 using audio::DVAudioSetting;
 

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "PlatformTestSupport.h"
+#include "AppHandle.h"
+#include "SimTest.h"
 
 namespace {
 

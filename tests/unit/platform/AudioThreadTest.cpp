@@ -2,8 +2,9 @@
 #include <string>
 
 #include "AudioThread.h"
+#include "DVAudioSetting.h"
 #include "PlatformLog.h"
-#include "PlatformTestSupport.h"
+#include "SimTest.h"
 
 namespace {
 

@@ -3,18 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "AudioSim.h"
-#include "DVAudioSetting.h"
 
 // Every test starts from the simulator's defaults and must give back what it made.
 class SimTest : public ::testing::Test {
 protected:
     void SetUp() override { AudioSim::reset(); }
     void TearDown() override { EXPECT_EQ(AudioSim::liveObjects(), 0) << "a test leaked objects"; }
-};
-
-// An App for one test, destroyed at scope end.
-struct AppHandle {
-    audio::DVAudioSetting::App* app = audio::DVAudioSetting::createApp();
-    ~AppHandle() { audio::DVAudioSetting::destroy(app); }
-    audio::DVAudioSetting::App* operator->() const { return app; }
 };
