@@ -5,6 +5,8 @@
 #include <string>
 
 #include "BenchSupport.h"
+#include "VekFrameHub.h"
+#include "VekServer.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include "BenchSupport.h"
+#include "PtyDaemon.h"
 
 namespace {
 

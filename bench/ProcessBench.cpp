@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "BenchSupport.h"
+#include "PtyDaemon.h"
 
 namespace {
 

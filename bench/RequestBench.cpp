@@ -5,6 +5,7 @@
 #include <string>
 
 #include "BenchSupport.h"
+#include "ServerRig.h"
 
 namespace {
 
