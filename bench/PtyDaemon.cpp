@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "BenchSupport.h"
+#include "WriteAll.h"
 
 namespace vekbench {
 
@@ -109,14 +110,7 @@ bool PtyDaemon::awaitGreeting(int timeoutMs) {
 }
 
 void PtyDaemon::send(const std::string& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = write(master_, bytes.data() + done, bytes.size() - done);
-        if (n <= 0) {
-            return;
-        }
-        done += static_cast<size_t>(n);
-    }
+    writeAll(master_, bytes);
 }
 
 bool PtyDaemon::awaitResponses(size_t count, int timeoutMs) {

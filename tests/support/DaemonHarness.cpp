@@ -15,6 +15,8 @@
 #include <sstream>
 #include <thread>
 
+#include "WriteAll.h"
+
 using namespace std::chrono;
 
 // Takes every frame the hub completes, whatever its feature.
@@ -118,14 +120,7 @@ std::vector<std::string> DaemonHarness::lines(const std::string& prefix) const {
 }
 
 void DaemonHarness::send(const std::string& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = write(master_, bytes.data() + done, bytes.size() - done);
-        if (n <= 0) {
-            return;
-        }
-        done += static_cast<size_t>(n);
-    }
+    writeAll(master_, bytes);
 }
 
 std::string DaemonHarness::drain(milliseconds timeout) {
