@@ -15,9 +15,15 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # Binaries stay dynamically linked, as on the device (where the real audio settings
-# library is a shared object); qemu finds the target's loader and libc through -L.
+# library is a shared object). qemu runs them with Debian's own libraries of the target
+# where they are installed (multiarch, as the packages need: libstdc++6:armhf and the
+# like), as on the device; otherwise with the sysroot's, found through -L. Never a mix:
+# the sysroot's loader would read this machine's ld.so.cache, which lists the multiarch
+# ones, and crash on their libc.
 # An absolute path: the integration tests exec the emulator themselves.
 find_program(VEK_CROSS_QEMU_PATH ${VEK_CROSS_QEMU})
-if(VEK_CROSS_QEMU_PATH)
+if(VEK_CROSS_QEMU_PATH AND EXISTS /lib/${VEK_CROSS_TRIPLE}/libc.so.6)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${VEK_CROSS_QEMU_PATH})
+elseif(VEK_CROSS_QEMU_PATH)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${VEK_CROSS_QEMU_PATH} -L ${VEK_CROSS_SYSROOT})
 endif()
