@@ -4,29 +4,9 @@
 #include <cstring>
 #include <sstream>
 
-#include "VekText.h"
+#include "VekHeaderLine.h"
 
 namespace vekprotocol {
-
-namespace {
-
-// Splits like a line-reading loop with ':' as the line end: empty pieces between
-// separators are kept, a separator at the very end adds nothing, "" gives nothing.
-void split(const char* text, int32_t length, VekFields& out) {
-    out.clear();
-    int32_t begin = 0;
-    for (int32_t i = 0; i < length; ++i) {
-        if (text[i] == ':') {
-            out.emplace_back(text + begin, static_cast<size_t>(i - begin));
-            begin = i + 1;
-        }
-    }
-    if (begin < length) {
-        out.emplace_back(text + begin, static_cast<size_t>(length - begin));
-    }
-}
-
-}  // namespace
 
 VekFrameHub::VekFrameHub(VekSerDes* common, VekLogCallbackItf* log) : log_(log) {
     registry_["Common"] = common;
@@ -160,27 +140,12 @@ void VekFrameHub::feed(const char* data, uint32_t size) {
 }
 
 void VekFrameHub::cutHeader(uint32_t lfAbsolute) {
-    // Positions count from the frame's "A".
-    const char* line = cache_ + frameStart_;
-    const int32_t lf = static_cast<int32_t>(lfAbsolute) - frameStart_;
-    const void* ltFound = (lf >= 2 && line[lf - 2] == '>') ? std::memchr(line, '<', lf) : nullptr;
-    int32_t headerLength = lf - 4;
-    int32_t payloadStart = 0;
-    int32_t payloadLength = 0;
-    if (ltFound != nullptr) {
-        const int32_t lt = static_cast<int32_t>(static_cast<const char*>(ltFound) - line);
-        headerLength = lt - 4;
-        payloadStart = lt + 1;
-        payloadLength = std::max(lf - 3 - lt, 0);
-    }
-    split(line + 3, std::max(headerLength, 0), headerFields_);
-    split(line + payloadStart, payloadLength, payloadFields_);
-    rawOffset_ = static_cast<uint32_t>(lf + 1);
+    VekHeaderLine::cut(cache_ + frameStart_, static_cast<int32_t>(lfAbsolute) - frameStart_,
+                       headerFields_, payloadFields_, rawOffset_);
 }
 
 bool VekFrameHub::readLength() {
-    rawDataLength_ = 0;
-    return headerFields_.size() >= 6 && VekText::readInt(headerFields_[4], rawDataLength_);
+    return VekHeaderLine::readLength(headerFields_, rawDataLength_);
 }
 
 void VekFrameHub::dispatch() {
