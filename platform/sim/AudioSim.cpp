@@ -131,13 +131,7 @@ int32_t AudioSim::eqBandCount(uint32_t mask) {
 }
 
 void AudioSim::setEqBandCount(uint32_t mask, int32_t count) {
-    locked([&](SimState& s) {
-        std::vector<uint8_t> entry = s.params.unit(kEqualizer, kLayoutId, mask);
-        entry.resize(SimParamStore::kLayoutEntrySize);
-        SimBytes::putU32(entry.data(), mask);
-        SimBytes::putU32(entry.data() + 4, static_cast<uint32_t>(count));
-        s.params.setUnit(kEqualizer, kLayoutId, mask, SimParamStore::kNoBand, std::move(entry));
-    });
+    locked([&](SimState& s) { s.setEqBandCount(mask, count); });
 }
 
 AudioSim::EqBand AudioSim::eqBand(uint32_t mask, uint32_t band) {
@@ -156,17 +150,7 @@ AudioSim::EqBand AudioSim::eqBand(uint32_t mask, uint32_t band) {
 }
 
 void AudioSim::setEqBand(uint32_t mask, uint32_t band, const EqBand& values) {
-    std::vector<uint8_t> entry(SimParamStore::kBandEntrySize, 0);
-    uint8_t* e = entry.data();
-    SimBytes::putU32(e, band);
-    SimBytes::putU32(e + 4, static_cast<uint32_t>(values.value1));
-    SimBytes::putU16(e + 8, values.value2);
-    SimBytes::putF32(e + 12, values.value3);
-    SimBytes::putF32(e + 16, values.value4);
-    SimBytes::putU32(e + 20, static_cast<uint32_t>(values.value5));
-    SimBytes::putU32(e + 24, static_cast<uint32_t>(values.value6));
-    locked(
-        [&](SimState& s) { s.params.setUnit(kEqualizer, kBandId, mask, band, std::move(entry)); });
+    locked([&](SimState& s) { s.setEqBand(mask, band, values); });
 }
 
 std::vector<uint8_t> AudioSim::effectRecord(const std::string& effect, uint32_t mask,

@@ -13,6 +13,9 @@
 // for every mask; fade/balance 0, 0, 15; speaker enable mask 0x3F (all six on);
 // reverb mode 0; effects "equalizer", "hfe" and "vb" of "frontApp" present and off;
 // no stored effect parameters; no failures, no null factories, empty logs.
+// A process that never resets (the daemon), or resets with resetFromEnvironment,
+// starts instead from a plausibly tuned device (SimFactory.h): gains, delays, band
+// counts and bands with values; the set-up string is applied over it.
 //
 // Statuses the simulator gives by itself: -2 for an effect call on an application
 // other than "frontApp" or an effect that is unknown or absent; -22 for a null

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "SimFactory.h"
 #include "SimSetup.h"
 
 SimCore& SimCore::instance() {
@@ -13,6 +14,7 @@ bool SimCore::admit(AudioSim::Object object) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (!configured_) {
         configured_ = true;
+        SimFactory::apply(state_);
         const char* setup = std::getenv("AUDIO_SETTING_SIM");
         if (setup != nullptr) {
             SimSetup::apply(setup, state_);

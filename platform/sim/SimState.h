@@ -24,6 +24,10 @@ struct SimState {
 
     SimState();
 
+    // The equaliser's stored parameters, as setEffectParam would leave them.
+    void setEqBandCount(uint32_t mask, int32_t count);
+    void setEqBand(uint32_t mask, uint32_t band, const AudioSim::EqBand& values);
+
     bool bypass = false;
     float masterGain = 0;
     std::map<uint32_t, float> channelGains;
