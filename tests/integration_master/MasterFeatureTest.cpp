@@ -52,7 +52,7 @@ TEST_F(MasterFeatureTest, JsonKeepsArraysAndTypes) {
               "\"status\":\"OK\",\"fields\":{\"enable\":[true,true,true,true,true,true]},"
               "\"rawDataLength\":0}\n"
               "{\"feature\":\"Gain\",\"message\":\"GetChannelResponse\",\"self\":3,"
-              "\"status\":\"OK\",\"fields\":{\"channelGain\":[0,0,0,0,0,0]},"
+              "\"status\":\"OK\",\"fields\":{\"channelGain\":[0,-0.5,-2,-2.5,-1,-4]},"
               "\"rawDataLength\":0}\n");
 }
 

@@ -75,12 +75,14 @@ TEST(MasterUsageTest, EveryBadScriptLineIsNamedAndNothingIsSent) {
         MasterRun::run({"--launch=" VEK_TUNER_PATH, "--script=" + script.path()});
     EXPECT_EQ(r.status, 64);
     EXPECT_EQ(r.out, "");
-    EXPECT_EQ(r.err, "vek_master: " + script.path() +
-                         ":2: Gain SetMaster takes 1 argument (masterGain:float), got 0\n"
-                         "vek_master: " +
-                         script.path() +
-                         ":4: a script line takes no option but --output=FILE, not --json\n" +
-                         kTryHelp);
+    EXPECT_EQ(r.err,
+              "vek_master: " + script.path() +
+                  ":2: Gain SetMaster takes 1 argument (masterGain:float), got 0\n"
+                  "vek_master: " +
+                  script.path() +
+                  ":4: a script line takes no option but --output=FILE, --dry-run and --bypass, "
+                  "not --json\n" +
+                  kTryHelp);
 }
 
 TEST(MasterUsageTest, HelpListsEveryMessageWithItsArguments) {

@@ -2,25 +2,26 @@
 
 #include <string>
 
-#include "VekMasterMessage.h"
 #include "VekSerDes.h"
 
 namespace vekmaster {
 
-// A checked command, ready to be sent.
+// A checked command, ready to run on a session: one message, or a tuning verb.
 struct VekMasterCommand {
-    const VekMasterMessage* message = nullptr;
-    vekprotocol::VekFields args;
-    std::string output;  // --output=FILE: where the answer's raw data goes
+    enum class Verb { Message, Snapshot, Apply, Diff };
 
-    // "Gain SetChannel 0 0 -3 -3 1.5 0"
-    std::string text() const {
-        std::string line = message->feature + ' ' + message->name;
-        for (const std::string& arg : args) {
-            line += ' ' + arg;
-        }
-        return line;
-    }
+    Verb verb = Verb::Message;
+    std::string feature;  // Message: "Gain" "SetChannel" and its ARGs
+    std::string name;
+    vekprotocol::VekFields args;
+    std::string output;    // --output=FILE: the raw data, or the snapshot's document
+    std::string paths[2];  // Apply: the document; Diff: A and B ("device" for the device)
+    bool dryRun = false;   // Apply
+    bool bypass = false;   // Apply
+    int line = 0;          // its line in a script, 0 on the command line
+
+    // "Gain SetChannel 0 0 -3 -3 1.5 0", "apply tuning.json --bypass"
+    std::string text() const;
 };
 
 }  // namespace vekmaster

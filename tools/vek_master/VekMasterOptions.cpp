@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "VekLineSettings.h"
-#include "VekSerialLine.h"
+#include "VekScriptReader.h"
 
 namespace vekmaster {
 
@@ -31,7 +31,6 @@ bool readNumber(const char* text, long low, long high, long& value) {
 }  // namespace
 
 std::string VekMasterOptions::parse(int argc, char** argv) {
-    bool deviceGiven = false;
     int i = 1;
     for (; i < argc; ++i) {
         const char* arg = argv[i];
@@ -48,9 +47,16 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             help = true;
         } else if (std::strcmp(arg, "--keep-going") == 0) {
             keepGoing = true;
+        } else if (std::strcmp(arg, "--stats") == 0) {
+            stats = true;
+        } else if (std::strcmp(arg, "--dry-run") == 0) {
+            dryRun = true;
+        } else if (std::strcmp(arg, "--bypass") == 0) {
+            bypass = true;
         } else if ((value = after(arg, "--device=")) != nullptr) {
-            device = value;
-            deviceGiven = true;
+            devices.emplace_back(value);
+        } else if ((value = after(arg, "--devices=")) != nullptr) {
+            devicesFile = value;
         } else if ((value = after(arg, "--baudRate=")) != nullptr) {
             speed_t speed = 0;
             if (!readNumber(value, 0, INT32_MAX, number) ||
@@ -95,11 +101,32 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if (!output.empty() && !script.empty()) {
         return "--output goes on the script line of its command";
     }
+    if ((dryRun || bypass) && !script.empty()) {
+        return "--dry-run and --bypass go on the script line of their apply";
+    }
     if (launch.empty() && (!log.empty() || !daemonArgs.empty())) {
         return "--log and DAEMON-ARGS need --launch";
     }
-    if (!launch.empty() && deviceGiven) {
+    if (!launch.empty() && (!devices.empty() || !devicesFile.empty())) {
         return "--device and --launch exclude each other";
+    }
+    return "";
+}
+
+std::string VekMasterOptions::resolveDevices() {
+    if (!devicesFile.empty()) {
+        std::string text;
+        const std::string unreadable = VekScriptReader::load(devicesFile, text);
+        if (!unreadable.empty()) {
+            return unreadable;
+        }
+        // One path a line, as the script reader splits lines: blanks and '#' comments.
+        for (const VekScriptReader::Line& line : VekScriptReader::split(text)) {
+            devices.push_back(line.words.front());
+        }
+    }
+    if (devices.empty() && launch.empty()) {
+        devices.emplace_back(kDefaultDevice);
     }
     return "";
 }

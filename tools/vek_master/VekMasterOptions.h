@@ -7,23 +7,33 @@
 namespace vekmaster {
 
 // vek_master's command line. Options may stand anywhere before "--"; everything else is
-// FEATURE MESSAGE ARG... (a negative number is an ARG: options start with "--").
+// FEATURE MESSAGE ARG..., or a verb with its operands (a negative number is an ARG:
+// options start with "--").
 struct VekMasterOptions {
-    std::string device = "/dev/ttyUSB0";
+    static constexpr const char* kDefaultDevice = "/dev/ttyUSB0";
+
+    std::vector<std::string> devices;  // --device=, as often as given, and --devices=FILE
+    std::string devicesFile;
     int32_t baudRate = 115200;
     int timeoutMs = 3000;
     bool json = false;
     bool help = false;
+    bool stats = false;
     std::string script;  // a file, or "-" for standard input
     bool keepGoing = false;
     std::string launch;                   // the daemon to start on a pseudo-terminal
     std::string log;                      // where the launched daemon's output goes
-    std::string output;                   // where the answer's raw data goes
-    std::vector<std::string> words;       // FEATURE MESSAGE ARG...
+    std::string output;                   // where the answer's raw data or a document goes
+    bool dryRun = false;                  // apply: list the requests, set nothing
+    bool bypass = false;                  // apply: hold the audio bypass on meanwhile
+    std::vector<std::string> words;       // FEATURE MESSAGE ARG..., or a verb
     std::vector<std::string> daemonArgs;  // after "--"
 
     // "" or what is wrong with the command line.
     std::string parse(int argc, char** argv);
+    // Adds the lines of --devices=FILE to devices, and the default device when there is
+    // none; "" or why the file cannot be read.
+    std::string resolveDevices();
 };
 
 }  // namespace vekmaster

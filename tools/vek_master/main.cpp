@@ -1,15 +1,20 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "VekCommandReader.h"
+#include "VekCommandRunner.h"
 #include "VekDaemonLauncher.h"
+#include "VekDeviceRunner.h"
 #include "VekExitStatus.h"
 #include "VekLineSettings.h"
-#include "VekMasterCommand.h"
 #include "VekMasterOptions.h"
-#include "VekMasterReply.h"
 #include "VekMasterSession.h"
-#include "VekMessageCatalog.h"
 #include "VekScriptReader.h"
 #include "VekSerialLine.h"
 
@@ -17,15 +22,25 @@ using namespace vekmaster;
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+using Verb = VekMasterCommand::Verb;
+
 // A daemon starts and stops within a second or two; these only bound a broken one.
 constexpr int kGreetingMs = 10000;
 constexpr int kStopMs = 10000;
+// Answers smaller than this arrive too fast for a progress line to help.
+constexpr int64_t kProgressFrom = 4096;
 
 const char* const kTryHelp =
     "Try 'vek_master --help' for the options, the messages and their arguments.\n";
 
 void complain(const std::string& text) {
     std::fprintf(stderr, "vek_master: %s\n", text.c_str());
+}
+
+void print(const std::string& text, std::FILE* stream = stdout) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
 }
 
 int usage(const std::string& problem) {
@@ -37,44 +52,83 @@ int usage(const std::string& problem) {
 void printHelp(const VekMessageCatalog& catalog) {
     std::printf(
         "Usage: vek_master [OPTION...] FEATURE MESSAGE [ARG...]\n"
+        "       vek_master [OPTION...] snapshot [--output=FILE]\n"
+        "       vek_master [OPTION...] apply FILE [--dry-run] [--bypass]\n"
+        "       vek_master [OPTION...] diff A B\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
         "Sends requests to a vek_tuner slave over its serial line and prints the answers:\n"
         "the answer's fields as name=value lines, then OK or NG.\n"
         "\n"
+        "Tunings (JSON documents of format vek-tuning/1):\n"
+        "  snapshot        read every setting the device reports into a document\n"
+        "                  (standard output, or --output=FILE)\n"
+        "  apply FILE      check the document, then set what differs on the device and\n"
+        "                  read it back; each value set is printed as setting: old -> new\n"
+        "  diff A B        print the values that differ, one per line as\n"
+        "                  feature.setting[channel/band]: a -> b; A and B are each a\n"
+        "                  document or the word device (the connected device)\n"
+        "\n"
         "Options:\n"
-        "  --device=PATH   serial line to the slave (default /dev/ttyUSB0)\n"
+        "  --device=PATH   serial line to the slave (default /dev/ttyUSB0); given several\n"
+        "                  times, every command runs on every line at once, and each line\n"
+        "                  prints one result line, its path first\n"
+        "  --devices=FILE  the lines to use, one path a line ('#' starts a comment)\n"
         "  --baudRate=N    line speed (default 115200), one of\n"
         "                  %s\n"
         "  --timeout=MS    how long to wait for an answer (default 3000)\n"
-        "  --json          print each answer as one JSON object on one line\n"
-        "  --output=FILE   write the answer's raw data (Common FileContent) to FILE\n"
+        "  --json          print each answer, apply result and diff as one JSON object\n"
+        "  --output=FILE   write the answer's raw data (Common FileContent, any size) or the\n"
+        "                  snapshot's document to FILE; with several devices a snapshot\n"
+        "                  goes to one file per device in the directory FILE\n"
+        "  --dry-run       with apply: print the requests it would send, send none\n"
+        "  --bypass        with apply: hold the audio bypass on while applying, then\n"
+        "                  restore it (to the document's value if it has one)\n"
         "  --script=FILE   run the commands in FILE (- for standard input), one per line,\n"
-        "                  over one connection; '#' starts a comment\n"
+        "                  over one connection; '#' starts a comment; a line may carry\n"
+        "                  --output=FILE, --dry-run and --bypass for its command\n"
         "  --keep-going    with --script: go on after a command that failed\n"
         "  --launch=PATH   start the daemon PATH on a pseudo-terminal, run the commands\n"
         "                  against it and stop it; arguments after -- go to the daemon\n"
         "  --log=FILE      with --launch: append the daemon's output to FILE\n"
+        "  --stats         at the end, print the requests and bytes sent and received\n"
         "  --help          print this text\n"
         "\n"
         "Messages and their ARGs, in wire order (a list takes every ARG left):\n"
         "%s"
         "\n"
-        "Exit status: 0 OK, 1 NG, 2 no answer in time, 64 bad usage, 69 the launched daemon\n"
-        "did not greet or did not exit with 0, 74 the line, a file or the pty failed.\n",
+        "Exit status: 0 OK (snapshot complete, apply matched, diff equal), 1 NG (an answer\n"
+        "NG, values missing, a value that did not take, tunings that differ), 2 no answer\n"
+        "in time, 64 bad usage or a bad document (nothing sent), 69 the launched daemon did\n"
+        "not greet or did not exit with 0, 74 the line, a file or the pty failed. With\n"
+        "several devices: the worst (largest) of their statuses.\n",
         vektransport::VekLineSettings::rates().c_str(), catalog.help().c_str());
 }
 
 // Checks every command before the first one is sent, so that a typo in a script does
-// not leave a tuning session half applied.
+// not leave a tuning session half applied. A document named on the command line is
+// read and checked too; those named in a script are read when their line runs, since
+// an earlier line may write them.
 int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
             std::vector<VekMasterCommand>& commands) {
     if (options.script.empty()) {
         VekMasterCommand command;
-        const std::string problem = catalog.prepare(options.words, command);
+        command.output = options.output;
+        command.dryRun = options.dryRun;
+        command.bypass = options.bypass;
+        const std::string problem = VekCommandReader::read(catalog, options.words, command);
         if (!problem.empty()) {
             return usage(problem);
         }
-        command.output = options.output;
+        const VekSettingsTable table(catalog);
+        for (const std::string& path : command.paths) {
+            VekCommandResult result;
+            VekValueJson::Json document;
+            if (!path.empty() && path != "device" &&
+                !VekCommandRunner::load(table, path, document, result)) {
+                print(result.err, stderr);
+                return result.status;
+            }
+        }
         commands.push_back(command);
         return VekExitStatus::kOk;
     }
@@ -88,21 +142,8 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
     bool bad = false;
     for (const VekScriptReader::Line& line : VekScriptReader::split(text)) {
         VekMasterCommand command;
-        std::vector<std::string> words;
-        std::string problem;
-        for (const std::string& word : line.words) {
-            static const std::string kOutput = "--output=";
-            if (word.rfind(kOutput, 0) == 0 && word.size() > kOutput.size()) {
-                command.output = word.substr(kOutput.size());
-            } else if (word.rfind("--", 0) == 0) {
-                problem = "a script line takes no option but --output=FILE, not " + word;
-            } else {
-                words.push_back(word);
-            }
-        }
-        if (problem.empty()) {
-            problem = catalog.prepare(words, command);
-        }
+        command.line = line.number;
+        const std::string problem = VekCommandReader::readLine(catalog, line.words, command);
         if (!problem.empty()) {
             complain(name + ':' + std::to_string(line.number) + ": " + problem);
             bad = true;
@@ -116,8 +157,102 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
     return VekExitStatus::kOk;
 }
 
-int runLaunched(const VekMasterOptions& options, VekMessageCatalog& catalog, VekMasterReply& reply,
-                const std::vector<VekMasterCommand>& commands) {
+// Several devices write their snapshots into a directory, one file each.
+std::string checkSeveral(const VekMasterOptions& options,
+                         const std::vector<VekMasterCommand>& commands) {
+    if (options.devices.size() < 2) {
+        return "";
+    }
+    for (const VekMasterCommand& command : commands) {
+        struct stat info {};
+        const bool directory = stat(command.output.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+        if (command.verb == Verb::Snapshot && !directory) {
+            return "with several devices, a snapshot needs --output=DIR, an existing directory";
+        }
+        if (command.verb != Verb::Snapshot && !command.output.empty()) {
+            return "with several devices, --output goes with snapshot only";
+        }
+    }
+    return "";
+}
+
+// One device's run of the commands.
+struct DeviceRun {
+    std::string device;
+    int status = VekExitStatus::kOk;
+    VekCommandResult last;  // the command that decided the status
+    size_t ran = 0;
+    VekMasterSession::Traffic traffic;
+    int64_t ms = 0;
+};
+
+void showProgress(VekMasterSession& session) {
+    if (isatty(STDERR_FILENO) != 1) {
+        return;
+    }
+    session.setProgress(
+        [](const VekMasterReply& reply, int64_t arrived, int64_t announced, bool done) {
+            if (done) {
+                std::fputs("\r\033[K", stderr);
+            } else if (announced >= kProgressFrom) {
+                std::fprintf(stderr, "\r%s %s: %lld of %lld bytes", reply.feature.c_str(),
+                             reply.message.c_str(), static_cast<long long>(arrived),
+                             static_cast<long long>(announced));
+            }
+        });
+}
+
+// Runs the commands in order and stops at the first failure unless keepGoing. With one
+// device, each command's output is printed as it completes (a script's commands echoed
+// before it); with several, nothing is printed here.
+void runCommands(VekMasterSession& session, const VekMasterOptions& options,
+                 const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
+    const auto start = Clock::now();
+    VekCommandRunner runner(session, run.device, options.json, several);
+    const bool script = !options.script.empty();
+    if (!several) {
+        showProgress(session);
+    }
+    for (const VekMasterCommand& command : commands) {
+        if (!several && script && !options.json) {
+            print("> " + command.text() + '\n');
+        }
+        VekCommandResult result = runner.run(command);
+        ++run.ran;
+        if (!several) {
+            print(result.out);
+            print(result.err, stderr);
+        }
+        if (script) {
+            result.summary = (result.status == VekExitStatus::kOk
+                                  ? ""
+                                  : "line " + std::to_string(command.line) + ": ") +
+                             result.summary;
+        }
+        const bool failed = result.status != VekExitStatus::kOk;
+        if (run.ran == 1 || (failed && run.status == VekExitStatus::kOk)) {
+            run.status = result.status;
+            run.last = std::move(result);
+        }
+        if (failed && !options.keepGoing) {
+            break;
+        }
+    }
+    if (script && run.status == VekExitStatus::kOk) {
+        run.last.summary = "OK (" + std::to_string(run.ran) + " commands)";
+    }
+    run.traffic = session.traffic();
+    run.ms = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+std::string stats(const DeviceRun& run) {
+    return "stats: " + std::to_string(run.traffic.requests) + " requests, " +
+           std::to_string(run.traffic.bytesSent) + " bytes sent, " +
+           std::to_string(run.traffic.bytesReceived) + " bytes received, " +
+           std::to_string(run.ms) + " ms";
+}
+
+int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands) {
     VekDaemonLauncher launcher;
     std::string log;
     std::string problem = launcher.start(options.launch, options.daemonArgs, options.log, log);
@@ -135,10 +270,15 @@ int runLaunched(const VekMasterOptions& options, VekMessageCatalog& catalog, Vek
     } else {
         VekSerialLine line;
         line.adopt(launcher.line());
-        VekMasterSession session(line, catalog, reply, options.timeoutMs, options.baudRate,
-                                 options.json);
+        VekMasterSession session(line, options.timeoutMs);
         session.preload(rest);
-        status = session.runAll(commands, !options.script.empty(), options.keepGoing);
+        DeviceRun run;
+        run.device = launcher.device();
+        runCommands(session, options, commands, false, run);
+        status = run.status;
+        if (options.stats) {
+            print(stats(run) + '\n', stderr);
+        }
     }
     std::string report;
     const bool clean = launcher.stop(kStopMs, report);
@@ -146,11 +286,26 @@ int runLaunched(const VekMasterOptions& options, VekMessageCatalog& catalog, Vek
     return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
 }
 
+void runDevice(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+               bool several, DeviceRun& run) {
+    VekSerialLine line;
+    const std::string unusable = line.open(run.device, options.baudRate);
+    if (!unusable.empty()) {
+        run.status = run.last.fail(VekExitStatus::kIo, unusable).status;
+        if (!several) {
+            print(run.last.err, stderr);
+        }
+        return;
+    }
+    VekMasterSession session(line, options.timeoutMs);
+    runCommands(session, options, commands, several, run);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     VekMasterOptions options;
-    const std::string problem = options.parse(argc, argv);
+    std::string problem = options.parse(argc, argv);
     VekMasterReply reply;
     VekMessageCatalog catalog(reply);
     if (options.help) {
@@ -165,16 +320,38 @@ int main(int argc, char** argv) {
     if (prepared != VekExitStatus::kOk) {
         return prepared;
     }
-    if (!options.launch.empty()) {
-        return runLaunched(options, catalog, reply, commands);
-    }
-    VekSerialLine line;
-    const std::string unusable = line.open(options.device, options.baudRate);
-    if (!unusable.empty()) {
-        complain(unusable);
+    problem = options.resolveDevices();
+    if (!problem.empty()) {
+        complain(problem);
         return VekExitStatus::kIo;
     }
-    VekMasterSession session(line, catalog, reply, options.timeoutMs, options.baudRate,
-                             options.json);
-    return session.runAll(commands, !options.script.empty(), options.keepGoing);
+    problem = checkSeveral(options, commands);
+    if (!problem.empty()) {
+        return usage(problem);
+    }
+    if (!options.launch.empty()) {
+        return runLaunched(options, commands);
+    }
+    const bool several = options.devices.size() > 1;
+    std::vector<DeviceRun> runs(options.devices.size());
+    for (size_t i = 0; i < runs.size(); ++i) {
+        runs[i].device = options.devices[i];
+    }
+    VekDeviceRunner::forEach(runs.size(),
+                             [&](size_t i) { runDevice(options, commands, several, runs[i]); });
+    int worst = VekExitStatus::kOk;
+    for (const DeviceRun& run : runs) {
+        worst = std::max(worst, run.status);
+        if (several && options.json) {
+            VekValueJson::Json line = {{"device", run.device}, {"exit", run.status}};
+            line.update(run.last.json);
+            print(VekValueJson::dump(line) + '\n');
+        } else if (several) {
+            print(run.device + ": " + run.last.summary + '\n');
+        }
+        if (options.stats) {
+            print((several ? run.device + ": " : "") + stats(run) + '\n', stderr);
+        }
+    }
+    return worst;
 }

@@ -80,6 +80,7 @@ std::string VekDaemonLauncher::start(const std::string& path, const std::vector<
     if (slaveName == nullptr) {
         return failure("cannot name the pseudo-terminal");
     }
+    device_ = slaveName;
 
     const int log = openLog(logPath, usedLog);
     if (log < 0) {

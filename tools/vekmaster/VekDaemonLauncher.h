@@ -26,6 +26,8 @@ public:
     std::string awaitGreeting(int timeoutMs, std::string& rest);
     // The master end of the pair, for the session.
     int line() const { return master_; }
+    // The slave end's path, which the daemon opened.
+    const std::string& device() const { return device_; }
     // Asks the daemon to stop (SIGUSR1) and waits for it, killing it after timeoutMs;
     // report says how it ended. Returns true when it exited with status 0.
     bool stop(int timeoutMs, std::string& report);
@@ -38,6 +40,7 @@ private:
     int master_ = -1;
     int slave_ = -1;
     pid_t pid_ = -1;
+    std::string device_;
     std::string report_;
     bool exitedCleanly_ = false;
 };

@@ -16,6 +16,8 @@ public:
     struct Slot {
         std::string name;
         std::string type;  // "int", "float[6]", "string..."
+        std::string base;  // "int", "uint", "float", "bool" or "string"
+        size_t count;      // ARGs it takes: 1, the array's length, or 0 for a list
     };
 
     template <class T>
@@ -46,16 +48,17 @@ private:
 
     template <class T>
     void add(const char* name, const T& value) {
-        slots_.push_back({name, type(value)});
+        slots_.push_back({name, type(value), type(value), 1});
         ++count_;
     }
     template <class T, size_t N>
     void add(const char* name, const T (&items)[N]) {
-        slots_.push_back({name, std::string(type(items[0])) + '[' + std::to_string(N) + ']'});
+        slots_.push_back(
+            {name, std::string(type(items[0])) + '[' + std::to_string(N) + ']', type(items[0]), N});
         count_ += N;
     }
     void add(const char* name, const std::vector<std::string>&) {
-        slots_.push_back({name, "string..."});
+        slots_.push_back({name, "string...", "string", 0});
         open_ = true;
     }
 

@@ -8,16 +8,31 @@
 
 namespace vekmaster {
 
-// The one answer the master waits for: which it expects, and what came.
+// One request's outcome: the answer the master waited for, with its fields by name and
+// type, or why there is none. Nothing here is printed; the CLI, the server and the
+// Python package each present it their own way.
 struct VekMasterReply {
+    enum class Outcome {
+        Ok,          // answered OK
+        Ng,          // answered NG
+        Refused,     // the arguments do not fit the message: nothing was sent
+        NoAnswer,    // nothing came in time
+        LineFailed,  // the line failed while sending or waiting
+        RawFailed,   // the answer came, but its raw data could not be kept
+    };
+
     // Expected: the feature and the response's message name.
     std::string feature;
     std::string message;
     bool received = false;
 
+    Outcome outcome = Outcome::NoAnswer;
+    std::string problem;  // what went wrong, for every outcome but Ok and Ng
+
     uint32_t self = 0;
     bool fail = false;
     int32_t rawDataLength = 0;
+    // The raw data, when no sink was given for it; otherwise it went to the sink.
     std::string rawData;
     std::vector<VekFieldPrinter::Field> fields;
 
@@ -25,6 +40,16 @@ struct VekMasterReply {
         *this = VekMasterReply();
         feature = expectedFeature;
         message = expectedMessage;
+    }
+    bool answered() const { return outcome == Outcome::Ok || outcome == Outcome::Ng; }
+    // The field of that name, or null.
+    const VekFieldPrinter::Field* field(const std::string& name) const {
+        for (const VekFieldPrinter::Field& f : fields) {
+            if (f.name == name) {
+                return &f;
+            }
+        }
+        return nullptr;
     }
 };
 

@@ -1,159 +1,116 @@
 #include "VekMasterSession.h"
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
-
-#include "VekExitStatus.h"
-#include "VekReplyFormatter.h"
+#include <sstream>
 
 namespace vekmaster {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// Answers smaller than this arrive too fast for a progress line to help.
-constexpr int32_t kProgressFrom = 4096;
-
-void print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-void complain(const std::string& text) {
-    std::fprintf(stderr, "vek_master: %s\n", text.c_str());
-}
-
-bool writeFile(const std::string& path, const std::string& bytes) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    bool written =
-        file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    written = (file != nullptr && std::fclose(file) == 0) && written;
-    if (!written) {
-        complain("cannot write " + path + ": " + std::strerror(errno));
-    }
-    return written;
-}
+using Outcome = VekMasterReply::Outcome;
 
 }  // namespace
 
-VekMasterSession::VekMasterSession(VekSerialLine& line, VekMessageCatalog& catalog,
-                                   VekMasterReply& reply, int timeoutMs, int32_t baudRate,
-                                   bool json)
+VekMasterSession::VekMasterSession(VekSerialLine& line, int timeoutMs)
     : line_(line),
-      reply_(reply),
-      receiver_(catalog),
-      timeoutMs_(timeoutMs),
-      // Ten bits a byte on an 8N1 line.
-      frameMs_(int64_t{vekprotocol::VekFrameHub::kCacheSize} * 10 * 1000 / baudRate + 1),
-      json_(json),
-      terminal_(isatty(STDERR_FILENO) == 1) {}
+      catalog_(reply_),
+      reader_(catalog_, reply_),
+      memory_(reply_.rawData),
+      timeoutMs_(timeoutMs) {}
 
 void VekMasterSession::preload(const std::string& bytes) {
-    receiver_.feed(bytes.data(), bytes.size());
+    traffic_.bytesReceived += bytes.size();
+    reader_.feed(bytes.data(), bytes.size());
 }
 
-int VekMasterSession::runAll(const std::vector<VekMasterCommand>& commands, bool echo,
-                             bool keepGoing) {
-    int first = VekExitStatus::kOk;
-    for (const VekMasterCommand& command : commands) {
-        const int status = run(command, echo);
-        if (status != VekExitStatus::kOk) {
-            first = first == VekExitStatus::kOk ? status : first;
-            if (!keepGoing) {
-                break;
-            }
-        }
+const VekMasterReply& VekMasterSession::finish(Outcome outcome, const std::string& problem) {
+    reply_.outcome = outcome;
+    reply_.problem = problem;
+    return reply_;
+}
+
+const VekMasterReply& VekMasterSession::request(const std::string& feature, const std::string& name,
+                                                const vekprotocol::VekFields& args,
+                                                VekRawSink* raw) {
+    const VekMasterMessage* message = catalog_.find(feature, name);
+    if (message == nullptr) {
+        reply_.expect(feature, name + "Response");
+        return finish(Outcome::Refused, "no message " + feature + ' ' + name);
     }
-    return first;
+    return request(*message, args, raw);
 }
 
-int VekMasterSession::run(const VekMasterCommand& command, bool echo) {
-    const VekMasterMessage& message = *command.message;
+const VekMasterReply& VekMasterSession::request(const VekMasterMessage& message,
+                                                const vekprotocol::VekFields& args,
+                                                VekRawSink* raw) {
     const std::string what = message.feature + ' ' + message.name;
-    if (echo && !json_) {
-        print("> " + command.text() + '\n');
+    reply_.expect(message.feature, message.response);
+    const std::string refused = catalog_.check(message, args);
+    if (!refused.empty()) {
+        return finish(Outcome::Refused, refused);
     }
     self_ = self_ >= 65535 ? 1 : self_ + 1;
-    reply_.expect(message.feature, message.response);
     std::stringstream frame;
-    message.encode(command.args, self_, frame);  // the ARGs were checked when it was prepared
-    if (!line_.send(frame.str(), timeoutMs_)) {
-        complain("cannot send " + what + ": " + std::strerror(errno));
-        return VekExitStatus::kIo;
+    message.encode(args, self_, frame);
+    const std::string bytes = frame.str();
+    if (!line_.send(bytes, timeoutMs_)) {
+        return finish(Outcome::LineFailed, "cannot send " + what + ": " + std::strerror(errno));
     }
-    const int status = await(what);
-    if (status != VekExitStatus::kOk) {
-        return status;
+    ++traffic_.requests;
+    traffic_.bytesSent += bytes.size();
+    VekRawSink& sink = raw != nullptr ? *raw : memory_;
+    await(what, sink);
+    if (reply_.outcome != Outcome::Ok) {
+        if (reply_.received && reply_.outcome != Outcome::Ng) {
+            sink.abandon();
+        }
+        return reply_;
     }
-    print(json_ ? VekReplyFormatter::json(reply_) : VekReplyFormatter::text(reply_));
-    if (reply_.fail) {
-        return VekExitStatus::kNg;
-    }
-    if (!command.output.empty() && !writeFile(command.output, reply_.rawData)) {
-        return VekExitStatus::kIo;
-    }
-    return VekExitStatus::kOk;
+    return finish(reply_.fail ? Outcome::Ng : Outcome::Ok, "");
 }
 
-int VekMasterSession::await(const std::string& what) {
+void VekMasterSession::await(const std::string& what, VekRawSink& sink) {
     const auto limit = std::chrono::milliseconds(timeoutMs_);
     auto deadline = Clock::now() + limit;
-    // However the bytes keep coming, no answer the hub can hold takes longer than this.
-    const auto cap = deadline + std::chrono::milliseconds(frameMs_);
-    receiver_.takeDropped();
-    int status = VekExitStatus::kOk;
+    reader_.await(sink);
     bool shown = false;
-    char buffer[4096];
-    while (!reply_.received) {
-        const int32_t dropped = receiver_.takeDropped();
-        if (dropped > 0) {
-            complain(what + ": the answer carries " + std::to_string(dropped) +
-                     " bytes of raw data; a frame holds at most " +
-                     std::to_string(vekprotocol::VekFrameHub::kCacheSize) + " bytes");
-            status = VekExitStatus::kNoAnswer;
-            break;
-        }
+    char buffer[16384];
+    reply_.outcome = Outcome::Ok;
+    while (!reader_.complete()) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0) {
-            complain("no answer to " + what + " within " + std::to_string(timeoutMs_) + " ms");
-            status = VekExitStatus::kNoAnswer;
+            finish(Outcome::NoAnswer,
+                   "no answer to " + what + " within " + std::to_string(timeoutMs_) + " ms");
             break;
         }
         const ssize_t n = line_.receive(buffer, sizeof(buffer), static_cast<int>(left));
         if (n < 0) {
-            complain("the line failed while waiting for " + what + ": " + std::strerror(errno));
-            status = VekExitStatus::kIo;
+            finish(Outcome::LineFailed,
+                   "the line failed while waiting for " + what + ": " + std::strerror(errno));
             break;
         }
-        receiver_.feed(buffer, static_cast<size_t>(n));
+        traffic_.bytesReceived += static_cast<uint64_t>(n);
+        reader_.feed(buffer, static_cast<size_t>(n));
         // A long answer on a slow line takes longer than the limit: while one is coming
         // in, the limit counts from its latest byte.
-        if (n > 0 && receiver_.inFrame()) {
-            deadline = std::min(Clock::now() + limit, cap);
+        if (n > 0 && reader_.inFrame()) {
+            deadline = Clock::now() + limit;
         }
-        shown = showProgress(what) || shown;
+        if (progress_ && reader_.announced() > 0) {
+            progress_(reply_, reader_.arrived(), reader_.announced(), false);
+            shown = true;
+        }
     }
     if (shown) {
-        std::fputs("\r\033[K", stderr);
+        progress_(reply_, reader_.arrived(), reader_.announced(), true);
     }
-    return status;
-}
-
-bool VekMasterSession::showProgress(const std::string& what) const {
-    const int32_t announced = receiver_.announced();
-    if (!terminal_ || announced < kProgressFrom) {
-        return false;
+    if (reader_.sinkFailed() && reply_.outcome == Outcome::Ok) {
+        finish(Outcome::RawFailed, sink.problem());
     }
-    std::fprintf(stderr, "\r%s: %d of %d bytes", what.c_str(),
-                 static_cast<int>(receiver_.arrived()), static_cast<int>(announced));
-    return true;
 }
 
 }  // namespace vekmaster

@@ -1,45 +1,67 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
-#include <vector>
 
-#include "VekFrameReceiver.h"
-#include "VekMasterCommand.h"
+#include "VekFrameReader.h"
 #include "VekMasterReply.h"
 #include "VekMessageCatalog.h"
+#include "VekRawStringSink.h"
 #include "VekSerialLine.h"
 
 namespace vekmaster {
 
-// One connection to the slave: sends commands one at a time, waits for each answer and
-// prints it. Requests are numbered 1, 2, ... for the whole run.
+// One connection to a slave: sends one request at a time and gives back the answer as
+// a structure; it prints nothing. Requests are numbered 1, 2, ... 65535, 1, ... for the
+// whole session. Not shared between threads: one session per line.
 class VekMasterSession {
 public:
-    // baudRate bounds how long the longest answer may take to arrive.
-    VekMasterSession(VekSerialLine& line, VekMessageCatalog& catalog, VekMasterReply& reply,
-                     int timeoutMs, int32_t baudRate, bool json);
+    // Bytes and requests that went over the line, each way.
+    struct Traffic {
+        uint64_t requests = 0;
+        uint64_t bytesSent = 0;
+        uint64_t bytesReceived = 0;
+    };
+    // Called while the raw data of an answer comes in, and once more with done set.
+    using Progress = std::function<void(const VekMasterReply& reply, int64_t arrived,
+                                        int64_t announced, bool done)>;
 
-    // Bytes that arrived before the first command (behind the daemon's greeting).
+    VekMasterSession(VekSerialLine& line, int timeoutMs);
+    VekMasterSession(const VekMasterSession&) = delete;
+    VekMasterSession& operator=(const VekMasterSession&) = delete;
+
+    // Bytes that arrived before the first request (behind the daemon's greeting).
     void preload(const std::string& bytes);
-    // Runs the commands in order and stops at the first failure unless keepGoing; echo
-    // prints each command before its answer. Returns the first failure's status, or 0.
-    int runAll(const std::vector<VekMasterCommand>& commands, bool echo, bool keepGoing);
+    void setProgress(Progress progress) { progress_ = std::move(progress); }
+
+    // Sends the message with its ARGs and waits for its answer; the raw data goes to
+    // raw, or into the reply when raw is null. The reply stays valid until the next
+    // request.
+    const VekMasterReply& request(const VekMasterMessage& message,
+                                  const vekprotocol::VekFields& args, VekRawSink* raw = nullptr);
+    // The same by names ("Gain", "SetMaster"); Refused when the catalog has no such
+    // message or the ARGs do not fit it.
+    const VekMasterReply& request(const std::string& feature, const std::string& name,
+                                  const vekprotocol::VekFields& args, VekRawSink* raw = nullptr);
+
+    const VekMessageCatalog& catalog() const { return catalog_; }
+    const Traffic& traffic() const { return traffic_; }
 
 private:
-    int run(const VekMasterCommand& command, bool echo);
-    // Reads the line until the expected answer is in; its exit status.
-    int await(const std::string& what);
-    bool showProgress(const std::string& what) const;
+    const VekMasterReply& finish(VekMasterReply::Outcome outcome, const std::string& problem);
+    // Reads the line until the expected answer is in.
+    void await(const std::string& what, VekRawSink& sink);
 
     VekSerialLine& line_;
-    VekMasterReply& reply_;
-    VekFrameReceiver receiver_;
+    VekMasterReply reply_;
+    VekMessageCatalog catalog_;
+    VekFrameReader reader_;
+    VekRawStringSink memory_;
     int timeoutMs_;
-    int64_t frameMs_;
-    bool json_;
-    bool terminal_;
     uint32_t self_ = 0;
+    Traffic traffic_;
+    Progress progress_;
 };
 
 }  // namespace vekmaster

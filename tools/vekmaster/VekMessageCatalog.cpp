@@ -17,6 +17,9 @@ std::string operationOf(const std::string& request) {
                : request;
 }
 
+// More payload fields than any answer has (a Vb configuration has 21).
+constexpr size_t kProbeFields = 64;
+
 std::string arguments(size_t count) {
     return std::to_string(count) + (count == 1 ? " argument" : " arguments");
 }
@@ -51,9 +54,23 @@ template <class Master, class... Requests>
 void VekMessageCatalog::addFeature(Master& master, void (Master::*... encoders)(std::stringstream&,
                                                                                 const Requests&)) {
     sinks_.push_back(std::make_unique<VekResponseSink>(Master::kFeature, reply_));
-    master.setCallback(sinks_.back().get());
+    VekResponseSink& sink = *sinks_.back();
+    master.setCallback(&sink);
     features_.emplace_back(Master::kFeature, &master);
+    const size_t first = messages_.size();
     (addMessage(master, encoders), ...);
+    // Each answer's field list, as the endpoint decodes it: a probe frame whose payload
+    // is enough zeros for any record (a list takes them all).
+    const VekFields header{"0", "0", Master::kFeature, "", "0", "OK"};
+    const VekFields zeros(kProbeFields, "0");
+    std::stringstream frame;
+    for (size_t i = first; i < messages_.size(); ++i) {
+        VekFields probe = header;
+        probe[3] = messages_[i].response;
+        sink.probe(&messages_[i].answer);
+        master.decode(probe, zeros, frame, 0);
+    }
+    sink.probe(nullptr);
 }
 
 VekMessageCatalog::VekMessageCatalog(VekMasterReply& reply) : reply_(reply) {
@@ -88,12 +105,23 @@ VekMessageCatalog::VekMessageCatalog(VekMasterReply& reply) : reply_(reply) {
                &Speaker::encodeSetStylePatternRequest, &Speaker::encodeSetSinePatternRequest);
 }
 
-std::unique_ptr<VekFrameHub> VekMessageCatalog::makeHub() {
-    auto hub = std::make_unique<VekFrameHub>(&common_, nullptr);
-    for (const auto& feature : features_) {
-        hub->registerEndpoint(feature.first, feature.second);
+VekSerDes* VekMessageCatalog::endpoint(const std::string& feature) const {
+    for (const auto& entry : features_) {
+        if (entry.first == feature) {
+            return entry.second;
+        }
     }
-    return hub;
+    return nullptr;
+}
+
+const VekMasterMessage* VekMessageCatalog::find(const std::string& feature,
+                                                const std::string& name) const {
+    for (const VekMasterMessage& message : messages_) {
+        if (message.feature == feature && message.name == name) {
+            return &message;
+        }
+    }
+    return nullptr;
 }
 
 std::string VekMessageCatalog::names(const std::string& feature) const {
@@ -107,7 +135,7 @@ std::string VekMessageCatalog::names(const std::string& feature) const {
 }
 
 std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
-                                       VekMasterCommand& command) const {
+                                       const VekMasterMessage*& message, VekFields& args) const {
     std::string features;
     bool known = false;
     for (const auto& feature : features_) {
@@ -124,18 +152,16 @@ std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
     if (words.size() < 2) {
         return feature + " needs a MESSAGE (messages: " + names(feature) + ")";
     }
-    const VekMasterMessage* message = nullptr;
-    for (const VekMasterMessage& candidate : messages_) {
-        if (candidate.feature == feature && candidate.name == words[1]) {
-            message = &candidate;
-        }
-    }
+    message = find(feature, words[1]);
     if (message == nullptr) {
         return feature + " has no message '" + words[1] + "' (messages: " + names(feature) + ")";
     }
+    args.assign(words.begin() + 2, words.end());
+    return check(*message, args);
+}
 
-    const std::string head = feature + ' ' + message->name;
-    const VekFields args(words.begin() + 2, words.end());
+std::string VekMessageCatalog::check(const VekMasterMessage& message, const VekFields& args) const {
+    const std::string head = message.feature + ' ' + message.name;
     for (const std::string& arg : args) {
         // Nothing on the wire escapes a separator, and an empty last field is lost.
         if (arg.empty() || arg.find_first_of(":\n") != std::string::npos) {
@@ -143,7 +169,7 @@ std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
                    "' cannot be sent (it is empty or holds ':' or a line feed)";
         }
     }
-    const VekFieldSignature& wanted = message->signature;
+    const VekFieldSignature& wanted = message.signature;
     const size_t given = args.size();
     if (given < wanted.count() || (!wanted.open() && given > wanted.count())) {
         const std::string expected =
@@ -153,11 +179,9 @@ std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
         return head + " takes " + expected + ", got " + std::to_string(given);
     }
     std::stringstream scratch;
-    if (!message->encode(args, 0, scratch)) {
+    if (!message.encode(args, 0, scratch)) {
         return head + ": the arguments do not read as " + wanted.synopsis();
     }
-    command.message = message;
-    command.args = args;
     return "";
 }
 

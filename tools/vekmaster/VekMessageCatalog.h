@@ -9,10 +9,8 @@
 #include "VekCommonMaster.h"
 #include "VekEqMaster.h"
 #include "VekEqV2Master.h"
-#include "VekFrameHub.h"
 #include "VekGainMaster.h"
 #include "VekHfeMaster.h"
-#include "VekMasterCommand.h"
 #include "VekMasterMessage.h"
 #include "VekMasterReply.h"
 #include "VekResponseSink.h"
@@ -24,17 +22,24 @@ namespace vekmaster {
 
 // Every request of every feature, derived from the master endpoints' encoders and the
 // request records' field lists; owns the master endpoints and their callbacks, which
-// put the awaited answer into the reply given at construction.
+// put the awaited answer into the reply given at construction. One per line: the
+// endpoints' callbacks write to that line's reply.
 class VekMessageCatalog {
 public:
     explicit VekMessageCatalog(VekMasterReply& reply);
     VekMessageCatalog(const VekMessageCatalog&) = delete;
     VekMessageCatalog& operator=(const VekMessageCatalog&) = delete;
 
-    // A hub that routes answers to the master endpoints by feature name.
-    std::unique_ptr<vekprotocol::VekFrameHub> makeHub();
-    // Checks FEATURE MESSAGE ARG... and fills command; "" or why it cannot be sent.
-    std::string prepare(const std::vector<std::string>& words, VekMasterCommand& command) const;
+    // The master endpoint of a feature, or null.
+    vekprotocol::VekSerDes* endpoint(const std::string& feature) const;
+    // The message "Gain" "SetMaster", or null.
+    const VekMasterMessage* find(const std::string& feature, const std::string& name) const;
+    // Checks FEATURE MESSAGE ARG... and gives the message and its ARGs; "" or why it
+    // cannot be sent.
+    std::string prepare(const std::vector<std::string>& words, const VekMasterMessage*& message,
+                        vekprotocol::VekFields& args) const;
+    // Checks the ARGs of a message; "" or why they cannot be sent.
+    std::string check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const;
     // One line per message: "  Gain SetChannel channelGain:float[6]".
     std::string help() const;
 

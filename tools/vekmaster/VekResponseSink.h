@@ -7,6 +7,7 @@
 #include "VekEqMasterCallbackItf.h"
 #include "VekEqV2MasterCallbackItf.h"
 #include "VekFieldPrinter.h"
+#include "VekFieldSignature.h"
 #include "VekGainMasterCallbackItf.h"
 #include "VekHfeMasterCallbackItf.h"
 #include "VekMasterReply.h"
@@ -112,11 +113,19 @@ public:
         take(r);
     }
 
+    // While set, an answer only has its field list noted into signature, and nothing is
+    // kept: the catalogue learns each response's fields from the endpoint's own decoding.
+    void probe(VekFieldSignature* signature) { probe_ = signature; }
+
 private:
     // Only the awaited answer is kept: a late answer to an earlier command that timed
     // out must not pass for this one.
     template <class Record>
     void take(Record& record) {
+        if (probe_ != nullptr) {
+            fields(*probe_, record);
+            return;
+        }
         if (reply_.received || reply_.feature != feature_ || reply_.message != Record::kMessage) {
             return;
         }
@@ -135,6 +144,7 @@ private:
 
     std::string feature_;
     VekMasterReply& reply_;
+    VekFieldSignature* probe_ = nullptr;
 };
 
 }  // namespace vekmaster

@@ -1,0 +1,82 @@
+#include "VekCommandReader.h"
+
+namespace vekmaster {
+
+namespace {
+
+using Verb = VekMasterCommand::Verb;
+
+const char* const kDevice = "device";
+
+}  // namespace
+
+bool VekCommandReader::isVerb(const std::string& word) {
+    return word == "snapshot" || word == "apply" || word == "diff";
+}
+
+std::string VekCommandReader::read(const VekMessageCatalog& catalog,
+                                   const std::vector<std::string>& words,
+                                   VekMasterCommand& command) {
+    const std::string verb = words.empty() ? "" : words[0];
+    if (verb == "snapshot") {
+        command.verb = Verb::Snapshot;
+        if (words.size() != 1) {
+            return "snapshot takes no operands (the document goes to --output=FILE)";
+        }
+    } else if (verb == "apply") {
+        command.verb = Verb::Apply;
+        if (words.size() != 2) {
+            return "apply takes one document: apply FILE";
+        }
+        command.paths[0] = words[1];
+    } else if (verb == "diff") {
+        command.verb = Verb::Diff;
+        if (words.size() != 3) {
+            return "diff takes two tunings: diff A B (each a document or 'device')";
+        }
+        command.paths[0] = words[1];
+        command.paths[1] = words[2];
+        if (command.paths[0] == kDevice && command.paths[1] == kDevice) {
+            return "diff compares the device with a document, or two documents";
+        }
+    } else {
+        const VekMasterMessage* message = nullptr;
+        const std::string problem = catalog.prepare(words, message, command.args);
+        if (!problem.empty()) {
+            return problem;
+        }
+        command.feature = message->feature;
+        command.name = message->name;
+    }
+    if ((command.dryRun || command.bypass) && command.verb != Verb::Apply) {
+        return "--dry-run and --bypass go with apply";
+    }
+    if (!command.output.empty() && (command.verb == Verb::Apply || command.verb == Verb::Diff)) {
+        return "--output goes with snapshot or a message";
+    }
+    return "";
+}
+
+std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
+                                       const std::vector<std::string>& words,
+                                       VekMasterCommand& command) {
+    static const std::string kOutput = "--output=";
+    std::vector<std::string> rest;
+    for (const std::string& word : words) {
+        if (word.rfind(kOutput, 0) == 0 && word.size() > kOutput.size()) {
+            command.output = word.substr(kOutput.size());
+        } else if (word == "--dry-run") {
+            command.dryRun = true;
+        } else if (word == "--bypass") {
+            command.bypass = true;
+        } else if (word.rfind("--", 0) == 0) {
+            return "a script line takes no option but --output=FILE, --dry-run and --bypass, not " +
+                   word;
+        } else {
+            rest.push_back(word);
+        }
+    }
+    return read(catalog, rest, command);
+}
+
+}  // namespace vekmaster

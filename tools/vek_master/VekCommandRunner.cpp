@@ -1,0 +1,253 @@
+#include "VekCommandRunner.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "VekDeviceReader.h"
+#include "VekRawFileSink.h"
+#include "VekReplyFormatter.h"
+#include "VekReplyJson.h"
+#include "VekScriptReader.h"
+#include "VekTuningApply.h"
+#include "VekTuningDiff.h"
+#include "VekTuningDocument.h"
+
+namespace vekmaster {
+
+namespace {
+
+using Json = VekCommandRunner::Json;
+using Verb = VekMasterCommand::Verb;
+
+const char* const kDevice = "device";
+
+std::string plural(size_t n, const char* one, const char* many) {
+    return std::to_string(n) + ' ' + (n == 1 ? one : many);
+}
+
+std::string writeFile(const std::string& path, const std::string& text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    bool written = file != nullptr && std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    written = (file != nullptr && std::fclose(file) == 0) && written;
+    return written ? "" : "cannot write " + path + ": " + std::strerror(errno);
+}
+
+}  // namespace
+
+std::string VekCommandRunner::fileIn(const std::string& directory, const std::string& device) {
+    std::string name = device;
+    for (char& c : name) {
+        c = c == '/' ? '_' : c;
+    }
+    const size_t first = name.find_first_not_of('_');
+    return directory + '/' + (first == std::string::npos ? name : name.substr(first)) + ".json";
+}
+
+bool VekCommandRunner::load(const VekSettingsTable& table, const std::string& path, Json& document,
+                            VekCommandResult& result) {
+    std::string text;
+    std::string problem = VekScriptReader::load(path, text);
+    if (!problem.empty()) {
+        result.fail(VekExitStatus::kIo, problem);
+        return false;
+    }
+    problem = VekTuningDocument::parse(text, document);
+    if (problem.empty()) {
+        problem = VekTuningDocument::check(table, document);
+    }
+    if (!problem.empty()) {
+        result.fail(VekExitStatus::kUsage, path + ": " + problem);
+        return false;
+    }
+    return true;
+}
+
+VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
+    switch (command.verb) {
+        case Verb::Snapshot:
+            return snapshot(command);
+        case Verb::Apply:
+            return apply(command);
+        case Verb::Diff:
+            return diff(command);
+        case Verb::Message:
+            break;
+    }
+    return message(command);
+}
+
+VekCommandResult VekCommandRunner::message(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekRawFileSink file(command.output);
+    const VekMasterReply& reply = session_.request(command.feature, command.name, command.args,
+                                                   command.output.empty() ? nullptr : &file);
+    if (!reply.received) {
+        return result.fail(VekExitStatus::of(reply), reply.problem);
+    }
+    const std::string text = VekReplyFormatter::text(reply);
+    result.json = VekReplyJson::of(reply);
+    result.out = json_ ? VekValueJson::dump(result.json) + '\n' : text;
+    result.status = VekExitStatus::of(reply);
+    // The answer on one line: "masterGain=-10 OK".
+    for (const char c : text) {
+        result.summary += c == '\n' ? ' ' : c;
+    }
+    result.summary.pop_back();
+    if (!reply.answered()) {
+        result.complain(reply.problem);
+        result.summary += " (" + reply.problem + ')';
+    }
+    return result;
+}
+
+VekCommandResult VekCommandRunner::snapshot(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekDeviceReader reader(session_, table_);
+    std::string version;
+    std::vector<std::string> served;
+    Json settings;
+    int missing = 0;
+    if (!reader.identify(version, served) || !reader.read(served, nullptr, settings, missing)) {
+        return result.fail(VekExitStatus::of(reader.stopped()), reader.stopped().problem);
+    }
+    int values = 0;
+    VekTuningDocument::count(table_, settings, values, missing);
+    const Json document =
+        VekTuningDocument::make(table_, device_, version, served, std::move(settings));
+    const std::string text = VekValueJson::pretty(document);
+    const std::string target = outputDir_ ? fileIn(command.output, device_) : command.output;
+    const std::string counted = plural(static_cast<size_t>(values), "value", "values") +
+                                (missing > 0 ? ", " + std::to_string(missing) + " missing" : "");
+    if (target.empty()) {
+        result.out = text;
+    } else {
+        const std::string problem = writeFile(target, text);
+        if (!problem.empty()) {
+            return result.fail(VekExitStatus::kIo, problem);
+        }
+        result.out = target + ": " + counted + '\n';
+    }
+    if (missing > 0) {
+        result.status = VekExitStatus::kNg;
+        result.complain(plural(static_cast<size_t>(missing), "value", "values") +
+                        " missing: the device answered NG");
+    }
+    result.summary = std::string(missing > 0 ? "NG " : "OK ") +
+                     (target.empty() ? "" : target + ' ') + '(' + counted + ')';
+    result.json["status"] = missing > 0 ? "NG" : "OK";
+    result.json["output"] = target;
+    result.json["values"] = values;
+    result.json["missing"] = missing;
+    return result;
+}
+
+VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
+    VekCommandResult result;
+    Json document;
+    if (!load(table_, command.paths[0], document, result)) {
+        return result;
+    }
+    VekTuningApply::Options options;
+    options.dryRun = command.dryRun;
+    options.bypass = command.bypass;
+    const VekTuningApply::Result applied = VekTuningApply(session_, table_).run(document, options);
+    result.status = applied.status;
+    Json changes = Json::array();
+    for (const VekTuningApply::Change& change : applied.changes) {
+        changes.push_back({{"setting", change.label}, {"from", change.from}, {"to", change.to}});
+        result.out +=
+            command.dryRun ? "" : change.label + ": " + change.from + " -> " + change.to + '\n';
+    }
+    Json failures = Json::array();
+    std::string failed;
+    for (const VekTuningApply::Failure& failure : applied.failures) {
+        failures.push_back({{"setting", failure.label}, {"reason", failure.reason}});
+        result.out += failure.label + ": " + failure.reason + '\n';
+        failed += (failed.empty() ? "" : ", ") + failure.label;
+    }
+    if (command.dryRun) {
+        for (const std::string& request : applied.requests) {
+            result.out += request + '\n';
+        }
+        result.summary = plural(applied.requests.size(), "request", "requests") + " to send";
+    } else if (applied.failures.empty()) {
+        result.summary = applied.changes.empty()
+                             ? "OK: nothing to set, the device matches"
+                             : "OK: " + plural(applied.changes.size(), "value", "values") +
+                                   " set, the device matches";
+    } else {
+        result.summary = "NG: " + std::to_string(applied.failures.size()) + " of " +
+                         std::to_string(applied.changes.size() + applied.failures.size()) +
+                         " values did not take (" + failed + ')';
+    }
+    if (!applied.problem.empty()) {
+        result.complain(applied.problem);
+        result.summary = applied.problem;
+    } else if (!command.dryRun) {
+        result.out += result.summary + '\n';
+    }
+    result.json["status"] = applied.status == VekExitStatus::kOk ? "OK" : "NG";
+    result.json["requests"] = applied.requests;
+    result.json["changes"] = std::move(changes);
+    result.json["failures"] = std::move(failures);
+    if (!applied.problem.empty()) {
+        result.json["error"] = applied.problem;
+    }
+    if (json_) {
+        result.out = VekValueJson::dump(result.json) + '\n';
+    }
+    return result;
+}
+
+bool VekCommandRunner::side(const std::string& path, const Json* other, Json& settings,
+                            VekCommandResult& result) {
+    if (path != kDevice) {
+        Json document;
+        if (!load(table_, path, document, result)) {
+            return false;
+        }
+        settings = document["settings"];
+        return true;
+    }
+    VekDeviceReader reader(session_, table_);
+    std::string version;
+    std::vector<std::string> served;
+    int missing = 0;
+    if (!reader.identify(version, served) || !reader.read(served, other, settings, missing)) {
+        result.fail(VekExitStatus::of(reader.stopped()), reader.stopped().problem);
+        return false;
+    }
+    return true;
+}
+
+VekCommandResult VekCommandRunner::diff(const VekMasterCommand& command) {
+    VekCommandResult result;
+    // The documents first, so that the device is read for what they hold.
+    const bool deviceFirst = command.paths[0] == kDevice;
+    Json sides[2];
+    const int document = deviceFirst ? 1 : 0;
+    if (!side(command.paths[document], nullptr, sides[document], result) ||
+        !side(command.paths[1 - document], &sides[document], sides[1 - document], result)) {
+        return result;
+    }
+    const std::vector<VekTuningDiff::Difference> differences =
+        VekTuningDiff::compare(table_, sides[0], sides[1]);
+    std::string lines;
+    for (const VekTuningDiff::Difference& d : differences) {
+        const std::string line = VekTuningDiff::line(d);
+        result.out += line + '\n';
+        lines += (lines.empty() ? "" : "; ") + line;
+    }
+    result.json = VekTuningDiff::json(differences);
+    if (json_) {
+        result.out = VekValueJson::dump(result.json) + '\n';
+    }
+    result.status = differences.empty() ? VekExitStatus::kOk : VekExitStatus::kNg;
+    result.summary = differences.empty()
+                         ? "equal"
+                         : plural(differences.size(), "difference", "differences") + ": " + lines;
+    return result;
+}
+
+}  // namespace vekmaster

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+
+#include "VekCommandResult.h"
+#include "VekMasterCommand.h"
+#include "VekMasterSession.h"
+#include "VekSettingsTable.h"
+
+namespace vekmaster {
+
+// Runs commands on one device's session and puts what they did into words: the full
+// text (or JSON) for a single device, one summary line for each of several.
+class VekCommandRunner {
+public:
+    using Json = VekValueJson::Json;
+
+    // device names the line in output file names; outputDir: several devices write
+    // their documents into the directory --output names.
+    VekCommandRunner(VekMasterSession& session, std::string device, bool json, bool outputDir)
+        : session_(session),
+          table_(session.catalog()),
+          device_(std::move(device)),
+          json_(json),
+          outputDir_(outputDir) {}
+
+    VekCommandResult run(const VekMasterCommand& command);
+
+    // Reads and checks a document; false with the result failed (64 for a bad document,
+    // 74 for a file that cannot be read).
+    static bool load(const VekSettingsTable& table, const std::string& path, Json& document,
+                     VekCommandResult& result);
+    // The file a device's document goes to in a directory: /dev/ttyUSB0 -> DIR/dev_ttyUSB0.json
+    static std::string fileIn(const std::string& directory, const std::string& device);
+
+private:
+    VekCommandResult message(const VekMasterCommand& command);
+    VekCommandResult snapshot(const VekMasterCommand& command);
+    VekCommandResult apply(const VekMasterCommand& command);
+    VekCommandResult diff(const VekMasterCommand& command);
+    // A tuning to compare: a document, or the device read for what other holds.
+    bool side(const std::string& path, const Json* other, Json& settings, VekCommandResult& result);
+
+    VekMasterSession& session_;
+    VekSettingsTable table_;
+    std::string device_;
+    bool json_;
+    bool outputDir_;
+};
+
+}  // namespace vekmaster

@@ -1,0 +1,279 @@
+#include "VekTuningApply.h"
+
+#include <algorithm>
+
+#include "VekTuningDiff.h"
+
+namespace vekmaster {
+
+namespace {
+
+using Json = VekTuningApply::Json;
+using Range = VekSetting::Range;
+using Outcome = VekMasterReply::Outcome;
+
+std::string join(const std::vector<std::string>& list) {
+    std::string text;
+    for (const std::string& entry : list) {
+        text += (text.empty() ? "" : " ") + entry;
+    }
+    return text;
+}
+
+// The item, unless it is absent or a missing marker.
+const Json* known(const Json* item) {
+    return item != nullptr && !VekSettingItem::isMissing(*item) ? item : nullptr;
+}
+
+}  // namespace
+
+VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& options) {
+    Result result;
+    const Json empty = Json::object();
+    const auto found = document.find("settings");
+    const Json& settings = found != document.end() ? *found : empty;
+    std::string version;
+    std::vector<std::string> served;
+    if (!reader_.identify(version, served)) {
+        stop(reader_.stopped(), result);
+        return result;
+    }
+    for (const auto& feature : settings.items()) {
+        if (std::find(served.begin(), served.end(), feature.key()) == served.end()) {
+            result.status = VekExitStatus::kNg;
+            result.problem = "the device does not serve " + feature.key() + " (it serves " +
+                             join(served) + "); nothing was set";
+            return result;
+        }
+    }
+    // What to read first: what the document holds, and the bypass when it is to be held.
+    Json wanted = settings;
+    if (options.bypass) {
+        wanted["Common"]["bypass"] = true;
+    }
+    Json current;
+    int missing = 0;
+    if (!reader_.read(served, &wanted, current, missing)) {
+        stop(reader_.stopped(), result);
+        return result;
+    }
+    std::vector<Step> steps;
+    plan(settings, current, steps, result);
+    if (!placeBypass(settings, current, options, steps, result)) {
+        return result;
+    }
+    for (const Step& step : steps) {
+        result.requests.push_back(step.setting->set->text(step.args));
+    }
+    if (options.dryRun) {
+        for (const Step& step : steps) {
+            for (const Wanted& w : step.wanted) {
+                result.changes.push_back(w.change);
+            }
+        }
+    } else {
+        std::vector<const Wanted*> sent;
+        if (!send(steps, sent, result)) {
+            return result;
+        }
+        readBack(served, sent, result);
+    }
+    if (result.status == VekExitStatus::kOk && !result.failures.empty()) {
+        result.status = VekExitStatus::kNg;
+    }
+    return result;
+}
+
+void VekTuningApply::plan(const Json& settings, const Json& current, std::vector<Step>& steps,
+                          Result& result) const {
+    for (const VekSetting& setting : table_.settings()) {
+        const Json* value = VekSettingItem::at(settings, setting, {});
+        if (setting.set == nullptr || value == nullptr) {
+            continue;  // read-only values describe the device; there is nothing to set
+        }
+        if (setting.range == Range::ChannelArray) {
+            planChannelArray(setting, *value, current, steps, result);
+            continue;
+        }
+        VekSettingItem::forEach(
+            setting, *value, [&](const VekSettingItem::Key& key, const Json& item) {
+                const Json* now = VekSettingItem::at(current, setting, key);
+                if (VekSettingItem::isMissing(item) || VekTuningDiff::same(setting, now, &item)) {
+                    return;
+                }
+                VekSettingItem::Texts texts;
+                VekSettingItem::texts(setting, item, texts);
+                const Change change{VekSettingItem::label(setting, key),
+                                    VekTuningDiff::show(setting, now, &item),
+                                    VekTuningDiff::show(setting, &item, now)};
+                steps.push_back({Step::Role::Value,
+                                 &setting,
+                                 VekSettingItem::args(setting, key, texts),
+                                 {Wanted{&setting, key, item, change}}});
+            });
+    }
+}
+
+// One message sets all six channels: the document's where it has them, the device's
+// own values for the others.
+void VekTuningApply::planChannelArray(const VekSetting& setting, const Json& value,
+                                      const Json& current, std::vector<Step>& steps,
+                                      Result& result) const {
+    VekSettingItem::Texts six(1);
+    std::vector<Wanted> wanted;
+    bool complete = true;
+    for (const std::string& channel : VekSettingsTable::channels()) {
+        const VekSettingItem::Key key{channel, -1};
+        const auto given = value.is_object() ? value.find(channel) : value.end();
+        const Json* want = known(given != value.end() ? &*given : nullptr);
+        const Json* have = known(VekSettingItem::at(current, setting, key));
+        VekSettingItem::Texts texts;
+        if ((want == nullptr && have == nullptr) ||
+            !VekSettingItem::texts(setting, want != nullptr ? *want : *have, texts).empty()) {
+            complete = false;
+            continue;
+        }
+        six[0].push_back(texts[0][0]);
+        if (want != nullptr && !VekTuningDiff::same(setting, have, want)) {
+            const Change change{VekSettingItem::label(setting, key),
+                                VekTuningDiff::show(setting, have, want),
+                                VekTuningDiff::show(setting, want, have)};
+            wanted.push_back({&setting, key, *want, change});
+        }
+    }
+    if (wanted.empty()) {
+        return;
+    }
+    if (!complete) {
+        for (const Wanted& w : wanted) {
+            result.failures.push_back(
+                {w.change.label, "cannot be set: one message sets every channel of " +
+                                     setting.path() +
+                                     ", and neither the document nor the device has them all"});
+        }
+        return;
+    }
+    steps.push_back({Step::Role::Value, &setting, VekSettingItem::args(setting, {}, six), wanted});
+}
+
+VekTuningApply::Step VekTuningApply::bypassStep(Step::Role role) const {
+    const VekSetting& bypass = *table_.find("Common", "bypass");
+    VekSettingItem::Texts texts;
+    VekSettingItem::texts(bypass, Json(role == Step::Role::HoldBypass), texts);
+    return {role, &bypass, VekSettingItem::args(bypass, {}, texts), {}};
+}
+
+bool VekTuningApply::placeBypass(const Json& settings, const Json& current, const Options& options,
+                                 std::vector<Step>& steps, Result& result) const {
+    const VekSetting& bypass = *table_.find("Common", "bypass");
+    const auto planned = std::find_if(steps.begin(), steps.end(),
+                                      [&](const Step& step) { return step.setting == &bypass; });
+    std::vector<Step> fromDocument;
+    if (planned != steps.end()) {
+        fromDocument.push_back(std::move(*planned));
+        steps.erase(planned);
+    }
+    if (!options.bypass) {
+        // Switched on before everything else, switched off after it.
+        for (Step& step : fromDocument) {
+            const bool on = step.wanted.front().item == Json(true);
+            steps.insert(on ? steps.begin() : steps.end(), std::move(step));
+        }
+        return true;
+    }
+    const Json* before = known(VekSettingItem::at(current, bypass, {}));
+    if (before == nullptr || !before->is_boolean()) {
+        result.status = VekExitStatus::kNg;
+        result.problem =
+            "the bypass cannot be held on: the device did not report it; nothing was set";
+        return false;
+    }
+    const Json* document = known(VekSettingItem::at(settings, bypass, {}));
+    const bool after = document != nullptr ? document->get<bool>() : before->get<bool>();
+    const std::vector<Wanted> wanted =
+        fromDocument.empty() ? std::vector<Wanted>{} : fromDocument.front().wanted;
+    if (!before->get<bool>()) {
+        Step hold = bypassStep(Step::Role::HoldBypass);
+        if (after) {
+            hold.wanted = wanted;
+        }
+        steps.insert(steps.begin(), std::move(hold));
+    }
+    if (!after) {
+        Step release = bypassStep(Step::Role::ReleaseBypass);
+        release.wanted = wanted;
+        steps.push_back(std::move(release));
+    }
+    return true;
+}
+
+bool VekTuningApply::send(const std::vector<Step>& steps, std::vector<const Wanted*>& sent,
+                          Result& result) {
+    for (size_t i = 0; i < steps.size(); ++i) {
+        const Step& step = steps[i];
+        const VekMasterReply& reply = session_.request(*step.setting->set, step.args);
+        if (reply.outcome == Outcome::Ok) {
+            for (const Wanted& w : step.wanted) {
+                result.changes.push_back(w.change);
+                sent.push_back(&w);
+            }
+            continue;
+        }
+        if (reply.outcome == Outcome::Ng) {
+            for (const Wanted& w : step.wanted) {
+                result.failures.push_back({w.change.label, "the device answered NG"});
+            }
+            if (step.role == Step::Role::Value) {
+                continue;
+            }
+            if (step.wanted.empty()) {
+                result.failures.push_back({step.setting->path(), "the device answered NG"});
+            }
+            if (step.role == Step::Role::HoldBypass) {
+                result.status = VekExitStatus::kNg;
+                result.problem = "the bypass could not be switched on; nothing else was set";
+                return false;
+            }
+            continue;
+        }
+        stop(reply, result);
+        // Left on, the bypass would silence the device: one attempt to release it.
+        if (steps.back().role == Step::Role::ReleaseBypass && i + 1 < steps.size()) {
+            session_.request(*steps.back().setting->set, steps.back().args);
+        }
+        return false;
+    }
+    return true;
+}
+
+void VekTuningApply::readBack(const std::vector<std::string>& served,
+                              const std::vector<const Wanted*>& sent, Result& result) {
+    Json wanted = Json::object();
+    for (const Wanted* w : sent) {
+        VekSettingItem::place(wanted, *w->setting, w->key, w->item);
+    }
+    if (sent.empty()) {
+        return;
+    }
+    Json got;
+    int missing = 0;
+    if (!reader_.read(served, &wanted, got, missing)) {
+        stop(reader_.stopped(), result);
+        return;
+    }
+    for (const Wanted* w : sent) {
+        const Json* now = VekSettingItem::at(got, *w->setting, w->key);
+        if (!VekTuningDiff::same(*w->setting, now, &w->item)) {
+            result.failures.push_back(
+                {w->change.label, "did not take: the device has " +
+                                      VekTuningDiff::show(*w->setting, now, &w->item)});
+        }
+    }
+}
+
+void VekTuningApply::stop(const VekMasterReply& reply, Result& result) const {
+    result.status = VekExitStatus::of(reply);
+    result.problem = reply.problem;
+}
+
+}  // namespace vekmaster

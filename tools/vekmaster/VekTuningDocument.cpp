@@ -1,0 +1,206 @@
+#include "VekTuningDocument.h"
+
+#include <ctime>
+
+#include "VekSettingItem.h"
+
+namespace vekmaster {
+
+namespace {
+
+using Json = VekTuningDocument::Json;
+using Range = VekSetting::Range;
+
+bool contains(const std::vector<std::string>& list, const std::string& name) {
+    for (const std::string& entry : list) {
+        if (entry == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string join(const std::vector<std::string>& list) {
+    std::string text;
+    for (const std::string& entry : list) {
+        text += (text.empty() ? "" : " ") + entry;
+    }
+    return text;
+}
+
+std::string utcNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    char text[32];
+    std::strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text;
+}
+
+std::string checkItem(const VekSetting& setting, const Json& item, const std::string& where) {
+    if (VekSettingItem::isMissing(item)) {
+        return "";
+    }
+    VekSettingItem::Texts texts;
+    const std::string problem = VekSettingItem::texts(setting, item, texts);
+    return problem.empty() ? "" : where + ": " + problem;
+}
+
+// An object whose members are channel names; "" or the first that is not.
+std::string checkChannels(const Json& value, const std::string& where) {
+    if (!value.is_object()) {
+        return where + ": is not an object by channel (" + join(VekSettingsTable::channels()) + ")";
+    }
+    for (const auto& member : value.items()) {
+        if (!contains(VekSettingsTable::channels(), member.key())) {
+            return where + ": unknown channel " + member.key() +
+                   " (channels: " + join(VekSettingsTable::channels()) + ")";
+        }
+    }
+    return "";
+}
+
+std::string checkSetting(const VekSetting& setting, const Json& value, const std::string& where) {
+    if (setting.range == Range::One) {
+        return checkItem(setting, value, where);
+    }
+    if (setting.range != Range::PerChannel && VekSettingItem::isMissing(value)) {
+        return "";
+    }
+    std::string problem = checkChannels(value, where);
+    for (auto it = value.begin(); problem.empty() && it != value.end(); ++it) {
+        const std::string at = where + '.' + it.key();
+        if (setting.range != Range::PerBand) {
+            problem = checkItem(setting, it.value(), at);
+            continue;
+        }
+        if (!it->is_array() || it->size() > VekSettingsTable::kMaxBands) {
+            return at + ": is not an array of at most " +
+                   std::to_string(VekSettingsTable::kMaxBands) + " bands";
+        }
+        for (size_t band = 0; problem.empty() && band < it->size(); ++band) {
+            const Json& item = (*it)[band];
+            if (!item.is_null()) {
+                problem = checkItem(setting, item, at + '[' + std::to_string(band) + ']');
+            }
+        }
+    }
+    return problem;
+}
+
+}  // namespace
+
+Json VekTuningDocument::make(const VekSettingsTable& table, const std::string& path,
+                             const std::string& version, const std::vector<std::string>& features,
+                             Json settings) {
+    Json device = Json::object();
+    device["path"] = path;
+    device["version"] = version;
+    device["features"] = features;
+    // What the daemon's options can be seen from: which equaliser it serves, and Reverb.
+    device["eqMode"] = contains(features, "EqV2") ? "flexible"
+                       : contains(features, "Eq") ? "fixed"
+                                                  : "none";
+    device["reverb"] = contains(features, "Reverb");
+    std::vector<std::string> lastSet;
+    std::vector<std::string> unread;
+    for (const VekSetting& setting : table.settings()) {
+        if (contains(features, setting.feature) && setting.lastSet) {
+            lastSet.push_back(setting.path());
+        }
+        if (contains(features, setting.feature) && setting.disturbs) {
+            unread.push_back(setting.path());
+        }
+    }
+    std::string notes;
+    if (!lastSet.empty()) {
+        notes = join(lastSet) +
+                ": what was last set through the daemon since it started (the "
+                "platform cannot report it).";
+    }
+    if (!unread.empty()) {
+        notes += (notes.empty() ? "" : " ") + join(unread) +
+                 ": not read, since asking for it changes the device.";
+    }
+    Json document = Json::object();
+    document["format"] = kFormat;
+    document["device"] = std::move(device);
+    document["time"] = utcNow();
+    document["notes"] = notes;
+    document["settings"] = std::move(settings);
+    return document;
+}
+
+std::string VekTuningDocument::parse(const std::string& text, Json& document) {
+    try {
+        document = Json::parse(text);
+    } catch (const Json::parse_error& e) {
+        // Without the library's "[json.exception.parse_error.101] " in front.
+        const std::string what = e.what();
+        const size_t tag = what.find("] ");
+        return tag != std::string::npos ? what.substr(tag + 2) : what;
+    }
+    return "";
+}
+
+void VekTuningDocument::count(const VekSettingsTable& table, const Json& settings, int& values,
+                              int& missing) {
+    values = 0;
+    missing = 0;
+    for (const VekSetting& setting : table.settings()) {
+        const Json* value = VekSettingItem::at(settings, setting, {});
+        if (value == nullptr) {
+            continue;
+        }
+        VekSettingItem::forEach(setting, *value, [&](const VekSettingItem::Key&, const Json& item) {
+            ++values;
+            missing += VekSettingItem::isMissing(item) ? 1 : 0;
+        });
+    }
+}
+
+std::string VekTuningDocument::check(const VekSettingsTable& table, const Json& document) {
+    if (!document.is_object()) {
+        return "the document is not a JSON object";
+    }
+    const auto format = document.find("format");
+    if (format == document.end() || !format->is_string() || format->get<std::string>() != kFormat) {
+        return std::string("format: expected \"") + kFormat + "\", found " +
+               (format == document.end() ? "none" : VekValueJson::dump(*format));
+    }
+    const auto settings = document.find("settings");
+    if (settings == document.end() || !settings->is_object()) {
+        return "settings: expected an object by feature";
+    }
+    const std::vector<std::string> features = table.features();
+    for (const auto& feature : settings->items()) {
+        const std::string where = "settings." + feature.key();
+        if (!contains(features, feature.key())) {
+            return where + ": unknown feature (features: " + join(features) + ")";
+        }
+        if (!feature.value().is_object()) {
+            return where + ": expected an object by setting";
+        }
+        for (const auto& entry : feature.value().items()) {
+            const VekSetting* setting = table.find(feature.key(), entry.key());
+            if (setting == nullptr) {
+                std::vector<std::string> names;
+                for (const VekSetting& s : table.settings()) {
+                    if (s.feature == feature.key()) {
+                        names.push_back(s.name);
+                    }
+                }
+                return where + '.' + entry.key() + ": unknown setting (settings: " + join(names) +
+                       ")";
+            }
+            const std::string problem =
+                checkSetting(*setting, entry.value(), where + '.' + entry.key());
+            if (!problem.empty()) {
+                return problem;
+            }
+        }
+    }
+    return "";
+}
+
+}  // namespace vekmaster
