@@ -178,8 +178,8 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
                                    " set, the device matches";
     } else {
         result.summary = "NG: " + std::to_string(applied.failures.size()) + " of " +
-                         std::to_string(applied.changes.size() + applied.failures.size()) +
-                         " values did not take (" + failed + ')';
+                         plural(applied.values, "value", "values") + " did not take (" + failed +
+                         ')';
     }
     if (!applied.problem.empty()) {
         result.complain(applied.problem);

@@ -176,6 +176,16 @@ std::string checkSeveral(const VekMasterOptions& options,
     return "";
 }
 
+bool needsLine(const std::vector<VekMasterCommand>& commands) {
+    for (const VekMasterCommand& command : commands) {
+        if (command.verb != Verb::Diff || command.paths[0] == "device" ||
+            command.paths[1] == "device") {
+            return true;
+        }
+    }
+    return false;
+}
+
 // One device's run of the commands.
 struct DeviceRun {
     std::string device;
@@ -331,6 +341,14 @@ int main(int argc, char** argv) {
     }
     if (!options.launch.empty()) {
         return runLaunched(options, commands);
+    }
+    if (!needsLine(commands)) {
+        // Two documents compared: no device is involved.
+        VekSerialLine none;
+        VekMasterSession session(none, options.timeoutMs);
+        DeviceRun run;
+        runCommands(session, options, commands, false, run);
+        return run.status;
     }
     const bool several = options.devices.size() > 1;
     std::vector<DeviceRun> runs(options.devices.size());

@@ -46,8 +46,17 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
             return result;
         }
     }
-    // What to read first: what the document holds, and the bypass when it is to be held.
+    // What to read first: what the document holds, every channel of what one message
+    // sets for all channels (the others are sent as they are), and the bypass when it is
+    // to be held.
     Json wanted = settings;
+    for (const VekSetting& setting : table_.settings()) {
+        if (setting.range == Range::ChannelArray && VekSettingItem::at(settings, setting, {})) {
+            for (const std::string& channel : VekSettingsTable::channels()) {
+                wanted[setting.feature][setting.name][channel] = nullptr;
+            }
+        }
+    }
     if (options.bypass) {
         wanted["Common"]["bypass"] = true;
     }
@@ -64,6 +73,7 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     }
     for (const Step& step : steps) {
         result.requests.push_back(step.setting->set->text(step.args));
+        result.values += step.wanted.size();
     }
     if (options.dryRun) {
         for (const Step& step : steps) {
@@ -145,6 +155,7 @@ void VekTuningApply::planChannelArray(const VekSetting& setting, const Json& val
         return;
     }
     if (!complete) {
+        result.values += wanted.size();
         for (const Wanted& w : wanted) {
             result.failures.push_back(
                 {w.change.label, "cannot be set: one message sets every channel of " +

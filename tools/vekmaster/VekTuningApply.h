@@ -39,6 +39,7 @@ public:
         std::vector<std::string> requests;  // the set requests, as script lines
         std::vector<Change> changes;        // the values set (to be set, in a dry run)
         std::vector<Failure> failures;      // the values that did not take
+        size_t values = 0;                  // the values it tried to set
     };
 
     VekTuningApply(VekMasterSession& session, const VekSettingsTable& table)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "MasterRun.h"
+#include "VirtualCable.h"
+
+// The built daemon at the device end of a cable of its own, its output in a file; for
+// tests that run vek_master against running daemons with --device, several at once.
+class CabledDaemon {
+public:
+    // args go to the daemon besides --device=; sim is AUDIO_SETTING_SIM ("" for none).
+    explicit CabledDaemon(const std::vector<std::string>& args = {}, const std::string& sim = "");
+    // Stops the daemon with SIGUSR1 (killing it if it does not end).
+    ~CabledDaemon();
+    CabledDaemon(const CabledDaemon&) = delete;
+    CabledDaemon& operator=(const CabledDaemon&) = delete;
+
+    // The daemon runs and has greeted.
+    bool ready() const { return ready_; }
+    // What vek_master opens.
+    const std::string& path() const { return cable_.masterEnd(); }
+    std::string log() const { return log_.read(); }
+
+private:
+    VirtualCable cable_;
+    MasterRun::TempFile log_;
+    pid_t pid_ = -1;
+    bool ready_ = false;
+};
