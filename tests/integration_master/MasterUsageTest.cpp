@@ -55,6 +55,15 @@ TEST(MasterUsageTest, BadUsageIsRefusedWithWhatWasExpected) {
         {{"Common", "Feature", "--", "--reverb"}, "--log and DAEMON-ARGS need --launch"},
         {{"--device=/dev/null", launch, "Common", "Feature"},
          "--device and --launch exclude each other"},
+        {{launch, "snapshot", "x"},
+         "snapshot takes no operands (the document goes to --output=FILE)"},
+        {{launch, "apply"}, "apply takes one document: apply FILE"},
+        {{launch, "diff", "device", "device"},
+         "diff compares the device with a document, or two documents"},
+        {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run and --bypass go with apply"},
+        {{"--script=x", "--bypass"}, "--dry-run and --bypass go on the script line of their apply"},
+        {{"--device=a", "--device=b", "snapshot"},
+         "with several devices, a snapshot needs --output=DIR, an existing directory"},
     };
     for (const BadUsage& c : cases) {
         const MasterRun::Result r = MasterRun::run(c.args);
