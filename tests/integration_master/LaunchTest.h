@@ -11,9 +11,10 @@
 class LaunchTest : public ::testing::Test {
 protected:
     MasterRun::Result launch(std::vector<std::string> args, const std::string& input = "",
-                             const std::vector<std::string>& env = {}) {
+                             const std::vector<std::string>& env = {},
+                             const std::string& cwd = "") {
         args.insert(args.begin(), {"--launch=" VEK_TUNER_PATH, "--log=" + log.path()});
-        return MasterRun::run(args, input, env);
+        return MasterRun::run(args, input, env, cwd);
     }
     // What vek_master prints on standard error around the commands' own complaints.
     std::string stderrWith(const std::string& complaints = "") const {

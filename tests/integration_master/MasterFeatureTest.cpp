@@ -1,3 +1,7 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -24,6 +28,23 @@ TEST_F(MasterFeatureTest, TheShippedTourRunsToTheEnd) {
          }) {
         EXPECT_NE(r.out.find(answer), std::string::npos) << answer;
     }
+}
+
+// Run where its documents go, as tools/try-tuning.sh runs it.
+TEST_F(MasterFeatureTest, TheShippedTuningSessionRunsToTheEnd) {
+    char directory[] = "/tmp/vek_session_XXXXXX";
+    ASSERT_NE(mkdtemp(directory), nullptr);
+    const MasterRun::Result r =
+        launch({"--keep-going", "--script=" VEK_TUNING_PATH}, "", {}, directory);
+    EXPECT_EQ(r.status, 1) << "the first diff differs";
+    EXPECT_EQ(r.err, stderrWith());
+    const std::string end = "OK: 4 values set, the device matches\n> diff first.json device\n";
+    ASSERT_GE(r.out.size(), end.size());
+    EXPECT_EQ(r.out.substr(r.out.size() - end.size()), end) << r.out;
+    for (const char* name : {"/first.json", "/second.json"}) {
+        EXPECT_EQ(std::remove((directory + std::string(name)).c_str()), 0) << name;
+    }
+    rmdir(directory);
 }
 
 // Eq and Reverb are served only when the daemon is told to: DAEMON-ARGS reach it.

@@ -42,7 +42,7 @@ std::string MasterRun::TempFile::read() const {
 }
 
 MasterRun::Result MasterRun::run(const std::vector<std::string>& args, const std::string& input,
-                                 const std::vector<std::string>& env) {
+                                 const std::vector<std::string>& env, const std::string& cwd) {
     // Files rather than pipes: nothing can block on a full pipe.
     TempFile in(input);
     TempFile out;
@@ -60,6 +60,9 @@ MasterRun::Result MasterRun::run(const std::vector<std::string>& args, const std
         if (!freopen(in.path().c_str(), "rb", stdin) ||
             !freopen(out.path().c_str(), "wb", stdout) ||
             !freopen(err.path().c_str(), "wb", stderr)) {
+            _exit(126);
+        }
+        if (!cwd.empty() && chdir(cwd.c_str()) != 0) {
             _exit(126);
         }
         unsetenv("AUDIO_SETTING_SIM");

@@ -13,9 +13,10 @@ public:
         std::string err;
     };
 
-    // args follow the program name; input is its standard input; env adds NAME=value.
+    // args follow the program name; input is its standard input; env adds NAME=value;
+    // cwd is where it runs ("" for here).
     static Result run(const std::vector<std::string>& args, const std::string& input = "",
-                      const std::vector<std::string>& env = {});
+                      const std::vector<std::string>& env = {}, const std::string& cwd = "");
 
     // A temporary file holding bytes, removed with this object.
     class TempFile {
