@@ -16,11 +16,7 @@ CabledDaemon::CabledDaemon(const std::vector<std::string>& args, const std::stri
     std::vector<std::string> words{VEK_TUNER_PATH};
     words.insert(words.end(), args.begin(), args.end());
     words.push_back("--device=" + cable_.deviceEnd());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    std::vector<char*> argv = MasterRun::execArgs(words);
     pid_ = fork();
     if (pid_ == 0) {
         const int out = open(log_.path().c_str(), O_WRONLY | O_TRUNC);

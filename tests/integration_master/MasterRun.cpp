@@ -41,6 +41,15 @@ std::string MasterRun::TempFile::read() const {
     return s.str();
 }
 
+std::vector<char*> MasterRun::execArgs(std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 MasterRun::Result MasterRun::run(const std::vector<std::string>& args, const std::string& input,
                                  const std::vector<std::string>& env, const std::string& cwd) {
     // Files rather than pipes: nothing can block on a full pipe.
@@ -49,11 +58,7 @@ MasterRun::Result MasterRun::run(const std::vector<std::string>& args, const std
     TempFile err;
     std::vector<std::string> words{VEK_MASTER_PATH};
     words.insert(words.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    std::vector<char*> argv = MasterRun::execArgs(words);
 
     const pid_t pid = fork();
     if (pid == 0) {

@@ -18,6 +18,9 @@ public:
     static Result run(const std::vector<std::string>& args, const std::string& input = "",
                       const std::vector<std::string>& env = {}, const std::string& cwd = "");
 
+    // An exec argument vector over words (which must outlive it), null-terminated.
+    static std::vector<char*> execArgs(std::vector<std::string>& words);
+
     // A temporary file holding bytes, removed with this object.
     class TempFile {
     public:

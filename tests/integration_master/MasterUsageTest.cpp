@@ -62,6 +62,7 @@ TEST(MasterUsageTest, BadUsageIsRefusedWithWhatWasExpected) {
          "diff compares the device with a document, or two documents"},
         {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run and --bypass go with apply"},
         {{"--script=x", "--bypass"}, "--dry-run and --bypass go on the script line of their apply"},
+        {{"--device=a", "--device=a", "Common", "Feature"}, "a is named twice"},
         {{"--device=a", "--device=b", "snapshot"},
          "with several devices, a snapshot needs --output=DIR, an existing directory"},
     };

@@ -113,20 +113,34 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     return "";
 }
 
-std::string VekMasterOptions::resolveDevices() {
+std::string VekMasterOptions::resolveDevices(bool& unreadable) {
+    unreadable = false;
     if (!devicesFile.empty()) {
         std::string text;
-        const std::string unreadable = VekScriptReader::load(devicesFile, text);
-        if (!unreadable.empty()) {
-            return unreadable;
+        const std::string problem = VekScriptReader::load(devicesFile, text);
+        if (!problem.empty()) {
+            unreadable = true;
+            return problem;
         }
         // One path a line, as the script reader splits lines: blanks and '#' comments.
-        for (const VekScriptReader::Line& line : VekScriptReader::split(text)) {
+        const std::vector<VekScriptReader::Line> lines = VekScriptReader::split(text);
+        if (lines.empty()) {
+            return devicesFile + " names no device";
+        }
+        for (const VekScriptReader::Line& line : lines) {
             devices.push_back(line.words.front());
         }
     }
     if (devices.empty() && launch.empty()) {
         devices.emplace_back(kDefaultDevice);
+    }
+    // Two threads on one line would take each other's answers.
+    for (size_t i = 0; i < devices.size(); ++i) {
+        for (size_t j = i + 1; j < devices.size(); ++j) {
+            if (devices[i] == devices[j]) {
+                return devices[i] + " is named twice";
+            }
+        }
     }
     return "";
 }

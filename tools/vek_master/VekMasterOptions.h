@@ -32,8 +32,8 @@ struct VekMasterOptions {
     // "" or what is wrong with the command line.
     std::string parse(int argc, char** argv);
     // Adds the lines of --devices=FILE to devices, and the default device when there is
-    // none; "" or why the file cannot be read.
-    std::string resolveDevices();
+    // none; "" or why the list cannot be used (unreadable: the file could not be read).
+    std::string resolveDevices(bool& unreadable);
 };
 
 }  // namespace vekmaster

@@ -330,10 +330,14 @@ int main(int argc, char** argv) {
     if (prepared != VekExitStatus::kOk) {
         return prepared;
     }
-    problem = options.resolveDevices();
-    if (!problem.empty()) {
+    bool unreadable = false;
+    problem = options.resolveDevices(unreadable);
+    if (unreadable) {
         complain(problem);
         return VekExitStatus::kIo;
+    }
+    if (!problem.empty()) {
+        return usage(problem);
     }
     problem = checkSeveral(options, commands);
     if (!problem.empty()) {
