@@ -139,6 +139,9 @@ VekCommandResult VekCommandRunner::snapshot(const VekMasterCommand& command) {
     result.json["output"] = target;
     result.json["values"] = values;
     result.json["missing"] = missing;
+    if (json_ && !target.empty()) {
+        result.out = VekValueJson::dump(result.json) + '\n';
+    }
     return result;
 }
 

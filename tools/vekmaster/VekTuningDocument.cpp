@@ -61,11 +61,8 @@ std::string checkChannels(const Json& value, const std::string& where) {
 }
 
 std::string checkSetting(const VekSetting& setting, const Json& value, const std::string& where) {
-    if (setting.range == Range::One) {
+    if (setting.range == Range::One || VekSettingItem::isMissing(value)) {
         return checkItem(setting, value, where);
-    }
-    if (setting.range != Range::PerChannel && VekSettingItem::isMissing(value)) {
-        return "";
     }
     std::string problem = checkChannels(value, where);
     for (auto it = value.begin(); problem.empty() && it != value.end(); ++it) {
