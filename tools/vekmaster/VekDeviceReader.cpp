@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "VekNames.h"
+
 namespace vekmaster {
 
 namespace {
@@ -9,15 +11,6 @@ namespace {
 using Json = VekDeviceReader::Json;
 using Range = VekSetting::Range;
 using Outcome = VekMasterReply::Outcome;
-
-// The member of an object, or null.
-const Json* member(const Json* object, const std::string& name) {
-    if (object == nullptr || !object->is_object()) {
-        return nullptr;
-    }
-    const auto found = object->find(name);
-    return found != object->end() ? &*found : nullptr;
-}
 
 }  // namespace
 
@@ -58,10 +51,9 @@ bool VekDeviceReader::read(const std::vector<std::string>& served, const Json* o
     settings = Json::object();
     missing_ = 0;
     for (const VekSetting& setting : table_.settings()) {
-        const bool wanted = only != nullptr
-                                ? member(member(only, setting.feature), setting.name) != nullptr
-                                : !setting.disturbs;
-        if (!wanted || std::find(served.begin(), served.end(), setting.feature) == served.end()) {
+        const bool wanted =
+            only != nullptr ? VekSettingItem::at(*only, setting, {}) != nullptr : !setting.disturbs;
+        if (!wanted || !VekNames::contains(served, setting.feature)) {
             continue;
         }
         Json value;
@@ -77,7 +69,7 @@ bool VekDeviceReader::read(const std::vector<std::string>& served, const Json* o
 
 bool VekDeviceReader::readSetting(const VekSetting& setting, const Json* only, const Json& settings,
                                   Json& value) {
-    const Json* given = member(member(only, setting.feature), setting.name);
+    const Json* given = only != nullptr ? VekSettingItem::at(*only, setting, {}) : nullptr;
     const VekMasterReply* reply = nullptr;
     const auto item = [&](int channel) {
         if (reply->outcome == Outcome::Ng) {
@@ -87,7 +79,7 @@ bool VekDeviceReader::readSetting(const VekSetting& setting, const Json* only, c
         return VekSettingItem::fromReply(setting, *reply, channel);
     };
     const auto listed = [&](const std::string& channel) {
-        return given == nullptr || member(given, channel) != nullptr;
+        return given == nullptr || VekValueJson::member(given, channel) != nullptr;
     };
     switch (setting.range) {
         case Range::One:
@@ -128,7 +120,9 @@ bool VekDeviceReader::readSetting(const VekSetting& setting, const Json* only, c
         case Range::PerBand:
             break;
     }
-    const Json* counts = member(member(&settings, setting.feature), "bandCount");
+    const VekSetting* bandCount = table_.bandCountOf(setting);
+    const Json* counts =
+        bandCount != nullptr ? VekSettingItem::at(settings, *bandCount, {}) : nullptr;
     if (given == nullptr && (counts == nullptr || VekSettingItem::isMissing(*counts))) {
         ++missing_;
         value = VekSettingItem::missing("no band count");
@@ -140,7 +134,8 @@ bool VekDeviceReader::readSetting(const VekSetting& setting, const Json* only, c
             continue;
         }
         Json list = Json::array();
-        for (const int band : bands(setting, channel, only, settings)) {
+        for (const int band :
+             bands(VekValueJson::member(given, channel), VekValueJson::member(counts, channel))) {
             if (!ask(setting, {channel, std::to_string(band)}, reply)) {
                 return false;
             }
@@ -154,10 +149,8 @@ bool VekDeviceReader::readSetting(const VekSetting& setting, const Json* only, c
     return true;
 }
 
-std::vector<int> VekDeviceReader::bands(const VekSetting& setting, const std::string& channel,
-                                        const Json* only, const Json& settings) const {
+std::vector<int> VekDeviceReader::bands(const Json* given, const Json* count) {
     std::vector<int> list;
-    const Json* given = member(member(member(only, setting.feature), setting.name), channel);
     if (given != nullptr) {
         for (size_t band = 0; given->is_array() && band < given->size(); ++band) {
             if (!(*given)[band].is_null()) {
@@ -166,7 +159,6 @@ std::vector<int> VekDeviceReader::bands(const VekSetting& setting, const std::st
         }
         return list;
     }
-    const Json* count = member(member(member(&settings, setting.feature), "bandCount"), channel);
     const int64_t n = count != nullptr && count->is_number_integer() ? count->get<int64_t>() : 0;
     for (int band = 0; band < std::min<int64_t>(n, VekSettingsTable::kMaxBands); ++band) {
         list.push_back(band);

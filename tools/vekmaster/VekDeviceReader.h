@@ -35,9 +35,9 @@ private:
              const VekMasterReply*& reply);
     bool readSetting(const VekSetting& setting, const Json* only, const Json& settings,
                      Json& value);
-    // The bands of a channel to read: the listed ones, or 0 to the band count.
-    std::vector<int> bands(const VekSetting& setting, const std::string& channel, const Json* only,
-                           const Json& settings) const;
+    // The bands of a channel to read: those a document lists for it (given), or 0 up
+    // to its band count.
+    static std::vector<int> bands(const Json* given, const Json* count);
 
     VekMasterSession& session_;
     const VekSettingsTable& table_;

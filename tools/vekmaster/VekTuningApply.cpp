@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "VekNames.h"
 #include "VekTuningDiff.h"
 
 namespace vekmaster {
@@ -11,14 +12,6 @@ namespace {
 using Json = VekTuningApply::Json;
 using Range = VekSetting::Range;
 using Outcome = VekMasterReply::Outcome;
-
-std::string join(const std::vector<std::string>& list) {
-    std::string text;
-    for (const std::string& entry : list) {
-        text += (text.empty() ? "" : " ") + entry;
-    }
-    return text;
-}
 
 // The item, unless it is absent or a missing marker.
 const Json* known(const Json* item) {
@@ -39,10 +32,10 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
         return result;
     }
     for (const auto& feature : settings.items()) {
-        if (std::find(served.begin(), served.end(), feature.key()) == served.end()) {
+        if (!VekNames::contains(served, feature.key())) {
             result.status = VekExitStatus::kNg;
             result.problem = "the device does not serve " + feature.key() + " (it serves " +
-                             join(served) + "); nothing was set";
+                             VekNames::join(served) + "); nothing was set";
             return result;
         }
     }

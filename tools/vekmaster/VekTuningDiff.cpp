@@ -2,27 +2,13 @@
 
 #include <algorithm>
 
+#include "VekNames.h"
+
 namespace vekmaster {
 
 namespace {
 
 using Json = VekTuningDiff::Json;
-
-const Json* member(const Json& object, const std::string& name) {
-    if (!object.is_object()) {
-        return nullptr;
-    }
-    const auto found = object.find(name);
-    return found != object.end() ? &*found : nullptr;
-}
-
-std::string joined(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts) {
-        text += (text.empty() ? "" : ":") + part;
-    }
-    return text;
-}
 
 // The item's texts; false for an item a document holds in a form the table does not.
 bool texts(const VekSetting& setting, const Json* item, VekSettingItem::Texts& out) {
@@ -59,14 +45,15 @@ std::string VekTuningDiff::show(const VekSetting& setting, const Json* item, con
         return VekValueJson::dump(*item);
     }
     if (setting.value.size() == 1 || setting.range == VekSetting::Range::ChannelArray) {
-        return joined(mine.front());
+        return VekNames::join(mine.front(), ":");
     }
     VekSettingItem::Texts theirs;
     const bool compare = texts(setting, other, theirs);
     std::string text;
     for (size_t i = 0; i < mine.size(); ++i) {
         if (!compare || mine[i] != theirs[i]) {
-            text += (text.empty() ? "" : " ") + setting.value[i].name + '=' + joined(mine[i]);
+            text += (text.empty() ? "" : " ") + setting.value[i].name + '=' +
+                    VekNames::join(mine[i], ":");
         }
     }
     return text;
@@ -76,10 +63,8 @@ std::vector<VekTuningDiff::Difference> VekTuningDiff::compare(const VekSettingsT
                                                               const Json& a, const Json& b) {
     std::vector<Difference> differences;
     for (const VekSetting& setting : table.settings()) {
-        const Json* va = member(a, setting.feature);
-        const Json* vb = member(b, setting.feature);
-        va = va != nullptr ? member(*va, setting.name) : nullptr;
-        vb = vb != nullptr ? member(*vb, setting.name) : nullptr;
+        const Json* va = VekSettingItem::at(a, setting, {});
+        const Json* vb = VekSettingItem::at(b, setting, {});
         if (va == nullptr && vb == nullptr) {
             continue;
         }

@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "VekNames.h"
 #include "VekSettingItem.h"
 
 namespace vekmaster {
@@ -10,23 +11,6 @@ namespace {
 
 using Json = VekTuningDocument::Json;
 using Range = VekSetting::Range;
-
-bool contains(const std::vector<std::string>& list, const std::string& name) {
-    for (const std::string& entry : list) {
-        if (entry == name) {
-            return true;
-        }
-    }
-    return false;
-}
-
-std::string join(const std::vector<std::string>& list) {
-    std::string text;
-    for (const std::string& entry : list) {
-        text += (text.empty() ? "" : " ") + entry;
-    }
-    return text;
-}
 
 std::string utcNow() {
     const std::time_t now = std::time(nullptr);
@@ -49,12 +33,13 @@ std::string checkItem(const VekSetting& setting, const Json& item, const std::st
 // An object whose members are channel names; "" or the first that is not.
 std::string checkChannels(const Json& value, const std::string& where) {
     if (!value.is_object()) {
-        return where + ": is not an object by channel (" + join(VekSettingsTable::channels()) + ")";
+        return where + ": is not an object by channel (" +
+               VekNames::join(VekSettingsTable::channels()) + ")";
     }
     for (const auto& member : value.items()) {
-        if (!contains(VekSettingsTable::channels(), member.key())) {
+        if (!VekNames::contains(VekSettingsTable::channels(), member.key())) {
             return where + ": unknown channel " + member.key() +
-                   " (channels: " + join(VekSettingsTable::channels()) + ")";
+                   " (channels: " + VekNames::join(VekSettingsTable::channels()) + ")";
         }
     }
     return "";
@@ -95,28 +80,28 @@ Json VekTuningDocument::make(const VekSettingsTable& table, const std::string& p
     device["version"] = version;
     device["features"] = features;
     // What the daemon's options can be seen from: which equaliser it serves, and Reverb.
-    device["eqMode"] = contains(features, "EqV2") ? "flexible"
-                       : contains(features, "Eq") ? "fixed"
-                                                  : "none";
-    device["reverb"] = contains(features, "Reverb");
+    device["eqMode"] = VekNames::contains(features, "EqV2") ? "flexible"
+                       : VekNames::contains(features, "Eq") ? "fixed"
+                                                            : "none";
+    device["reverb"] = VekNames::contains(features, "Reverb");
     std::vector<std::string> lastSet;
     std::vector<std::string> unread;
     for (const VekSetting& setting : table.settings()) {
-        if (contains(features, setting.feature) && setting.lastSet) {
+        if (VekNames::contains(features, setting.feature) && setting.lastSet) {
             lastSet.push_back(setting.path());
         }
-        if (contains(features, setting.feature) && setting.disturbs) {
+        if (VekNames::contains(features, setting.feature) && setting.disturbs) {
             unread.push_back(setting.path());
         }
     }
     std::string notes;
     if (!lastSet.empty()) {
-        notes = join(lastSet) +
+        notes = VekNames::join(lastSet) +
                 ": what was last set through the daemon since it started (the "
                 "platform cannot report it).";
     }
     if (!unread.empty()) {
-        notes += (notes.empty() ? "" : " ") + join(unread) +
+        notes += (notes.empty() ? "" : " ") + VekNames::join(unread) +
                  ": not read, since asking for it changes the device.";
     }
     Json document = Json::object();
@@ -172,8 +157,8 @@ std::string VekTuningDocument::check(const VekSettingsTable& table, const Json& 
     const std::vector<std::string> features = table.features();
     for (const auto& feature : settings->items()) {
         const std::string where = "settings." + feature.key();
-        if (!contains(features, feature.key())) {
-            return where + ": unknown feature (features: " + join(features) + ")";
+        if (!VekNames::contains(features, feature.key())) {
+            return where + ": unknown feature (features: " + VekNames::join(features) + ")";
         }
         if (!feature.value().is_object()) {
             return where + ": expected an object by setting";
@@ -187,8 +172,8 @@ std::string VekTuningDocument::check(const VekSettingsTable& table, const Json& 
                         names.push_back(s.name);
                     }
                 }
-                return where + '.' + entry.key() + ": unknown setting (settings: " + join(names) +
-                       ")";
+                return where + '.' + entry.key() +
+                       ": unknown setting (settings: " + VekNames::join(names) + ")";
             }
             const std::string problem =
                 checkSetting(*setting, entry.value(), where + '.' + entry.key());

@@ -85,6 +85,14 @@ std::string VekValueJson::toWire(const std::string& base, const Json& value, std
     return "";
 }
 
+const VekValueJson::Json* VekValueJson::member(const Json* object, const std::string& name) {
+    if (object == nullptr || !object->is_object()) {
+        return nullptr;
+    }
+    const auto found = object->find(name);
+    return found != object->end() ? &*found : nullptr;
+}
+
 std::string VekValueJson::dump(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }

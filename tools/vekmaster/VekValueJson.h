@@ -20,6 +20,8 @@ public:
     // The wire text of a JSON value for a field of type base ("int", "uint", "float",
     // "bool", "string"); "" or what is wrong with the value, as "is not an integer".
     static std::string toWire(const std::string& base, const Json& value, std::string& text);
+    // The member of that name of an object, or null (also when object is null or not one).
+    static const Json* member(const Json* object, const std::string& name);
     // JSON text of a value, never throwing: bytes that are not UTF-8 are replaced.
     static std::string dump(const Json& value);
     // A document for people to read and to compare line by line: one member a line,
