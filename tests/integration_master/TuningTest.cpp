@@ -98,6 +98,8 @@ TEST_F(TuningTest, SnapshotChangeDiffApplyInEveryEqualiserMode) {
         EXPECT_EQ(sets[messages], "SetBypassRequest");
         EXPECT_EQ(sets.back(), "SetBypassRequest");
         const std::string daemonLog = log.read();
+        // Asking whether reverb is on would set reverb mode 0.
+        EXPECT_EQ(daemonLog.find("Reverb:GetEnableRequest"), std::string::npos);
         const size_t on = daemonLog.find(":Common:SetBypassRequest:0:OK:<1>:");
         EXPECT_LT(on, daemonLog.find(":Common:SetBypassRequest:0:OK:<0>:"));
         clearLog();

@@ -51,8 +51,9 @@ bool VekDeviceReader::read(const std::vector<std::string>& served, const Json* o
     settings = Json::object();
     missing_ = 0;
     for (const VekSetting& setting : table_.settings()) {
-        const bool wanted =
-            only != nullptr ? VekSettingItem::at(*only, setting, {}) != nullptr : !setting.disturbs;
+        // A value that changes the device when asked for is never read, whoever wants it.
+        const bool wanted = !setting.disturbs &&
+                            (only == nullptr || VekSettingItem::at(*only, setting, {}) != nullptr);
         if (!wanted || !VekNames::contains(served, setting.feature)) {
             continue;
         }

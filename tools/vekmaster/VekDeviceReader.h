@@ -21,8 +21,8 @@ public:
 
     // The version string and the features the device serves; false when it did not say.
     bool identify(std::string& version, std::vector<std::string>& features);
-    // Every setting of the served features that a snapshot reads (only null), or just
-    // the items that only (a document's "settings") holds. False when the device
+    // Every setting of the served features (only null), or just the items that only (a
+    // document's "settings") holds; never one that asking for would change. False when the device
     // stopped answering; missing counts the values it answered NG for.
     bool read(const std::vector<std::string>& served, const Json* only, Json& settings,
               int& missing);
