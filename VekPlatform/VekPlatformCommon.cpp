@@ -1,6 +1,7 @@
 #include "VekPlatformCommon.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,10 +32,34 @@ constexpr FeatureFile featureFiles[] = {
     {"Reverb", ""},
 };
 
+bool readable(mode_t mode) {
+    return S_ISREG(mode) || S_ISDIR(mode);
+}
+
 // Reads the whole file into content; false with errno set when it cannot be opened.
+// Only regular files (and directories, which read as empty) are read: a FIFO would
+// block the serving thread in the open, a device such as /dev/zero never ends, and
+// opening some devices does something by itself. Those count as not openable, with
+// EINVAL. The type is checked before the open and again on the open descriptor, which
+// is opened non-blocking in case the path changed in between.
 bool readWholeFile(const std::string& path, std::string& content) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0) {
+        return false;
+    }
+    if (!readable(st.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0) {
+        return false;
+    }
+    const bool typed = ::fstat(fd, &st) == 0;
+    if (!typed || !readable(st.st_mode)) {
+        const int error = typed ? EINVAL : errno;
+        ::close(fd);
+        errno = error;
         return false;
     }
     std::string bytes;
