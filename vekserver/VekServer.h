@@ -43,6 +43,8 @@ public:
     void deinit();
     // Hands received bytes to the frame hub; nothing is served before init() greeted.
     void serve(const char* data, uint32_t size);
+    // Null until init() has greeted the master.
+    const vekprotocol::VekFrameHub* frameHub() const { return hub.get(); }
 
 protected:
     void run() override;
