@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "VekLibrary.h"
+#include "VekLog.h"
 
 namespace vekserver {
 
@@ -110,12 +111,12 @@ void VekPlatformCommon::packFileContentResponse(VekParamCommonFileContentRequest
     if (readWholeFile(request.path, fileContent)) {
         response.rawDataLength = static_cast<int32_t>(fileContent.size());
         response.rawData = fileContent.data();
-        std::printf("[AST][INF]Success to open file:%s, length=%d.\n", request.path.c_str(),
-                    response.rawDataLength);
+        VekLog::info("Success to open file:%s, length=%d.\n", request.path.c_str(),
+                     response.rawDataLength);
     } else {
         const int error = errno;
-        std::printf("[AST][INF]Fail to open file:%s, error(%d):%s.\n", request.path.c_str(), error,
-                    std::strerror(error));
+        VekLog::info("Fail to open file:%s, error(%d):%s.\n", request.path.c_str(), error,
+                     std::strerror(error));
     }
 }
 
@@ -125,8 +126,8 @@ void VekPlatformCommon::packGetBypassResponse(VekParamCommonGetBypassRequest&,
     int enable = 0;
     const int32_t status = VekLibrary::with<VekLibrary::App>(
         [&](VekLibrary::App& app) { return app.getBypass(&enable); });
-    std::printf("[AST][ZIP]%s to get bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
-                status, enable);
+    VekLog::zip("%s to get bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status), status,
+                enable);
     if (status == 0) {
         response.enable = (enable != 0);
     }
@@ -139,8 +140,8 @@ void VekPlatformCommon::packSetBypassResponse(VekParamCommonSetBypassRequest& re
     const int32_t status = VekLibrary::with<VekLibrary::App>([&](VekLibrary::App& app) {
         return request.enable ? app.enableBypass() : app.disableBypass();
     });
-    std::printf("[AST][ZIP]%s to set bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
-                status, request.enable ? 1 : 0);
+    VekLog::zip("%s to set bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status), status,
+                request.enable ? 1 : 0);
     response.fail = (status != 0);
 }
 

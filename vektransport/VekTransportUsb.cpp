@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "VekLineSettings.h"
+#include "VekLog.h"
 
 namespace vektransport {
 
@@ -31,8 +32,8 @@ int32_t VekTransportUsb::open() {
     if (fd < 0) {
         const int err = errno;
         fd = -1;
-        std::printf("[AST][ERR]Fail to open device:%s, reason:(%d)%s.\n", device.c_str(), err,
-                    std::strerror(err));
+        VekLog::error("Fail to open device:%s, reason:(%d)%s.\n", device.c_str(), err,
+                      std::strerror(err));
         return -1;
     }
 
@@ -51,8 +52,8 @@ int32_t VekTransportUsb::open() {
 
 int32_t VekTransportUsb::abandon(const char* what, int result) {
     const int err = errno;
-    std::printf("[AST][ERR]Fail to %s serial port configuration, ret=%d, errno=(%d)%s.\n", what,
-                result, err, std::strerror(err));
+    VekLog::error("Fail to %s serial port configuration, ret=%d, errno=(%d)%s.\n", what, result,
+                  err, std::strerror(err));
     return close();
 }
 
@@ -96,8 +97,8 @@ int32_t VekTransportUsb::closeParked() {
 void VekTransportUsb::reportTransfer(const char* what, int32_t result) {
     if (result < 0) {
         const int err = errno;
-        std::printf("[AST][ERR]Fail to %s device, ret=%d, reason:(%d)%s.\n", what,
-                    static_cast<int>(result), err, std::strerror(err));
+        VekLog::error("Fail to %s device, ret=%d, reason:(%d)%s.\n", what, static_cast<int>(result),
+                      err, std::strerror(err));
     }
 }
 
@@ -113,7 +114,7 @@ int32_t VekTransportUsb::read(char* buffer, uint32_t length) {
 int32_t VekTransportUsb::write(const char* buffer, uint32_t length) {
     // The dump shows the text up to its first zero byte; the line still gets every byte.
     const int shown = buffer == nullptr ? 0 : static_cast<int>(length > INT_MAX ? INT_MAX : length);
-    std::printf("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
+    VekLog::plain("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
     Use use(*this);
     const int32_t result = static_cast<int32_t>(::write(use.fd, buffer, length));
     reportTransfer("write", result);
@@ -124,24 +125,24 @@ bool VekTransportUsb::isDisconnected() {
     Use use(*this);
     if (fcntl(use.fd, F_GETFL) == -1) {
         const int err = errno;
-        std::printf("[AST][WRN]Fd is invalid.\n");
+        VekLog::warn("Fd is invalid.\n");
         return err == EBADF;
     }
     int bits = 0;
     if (ioctl(use.fd, TIOCMGET, &bits) == -1) {
         // Lines a pulled cable leaves behind; other errors say nothing about the cable.
         const int err = errno;
-        std::printf("[AST][WRN]FT232 state is abnormal.\n");
+        VekLog::warn("FT232 state is abnormal.\n");
         return err == ENODEV || err == EIO || err == ENXIO;
     }
     if (access(device.c_str(), F_OK) != 0) {
-        std::printf("[AST][ERR]Fd file is unexist.\n");
+        VekLog::error("Fd file is unexist.\n");
         return true;
     }
     if ((bits & TIOCM_DTR) != 0) {
         return false;
     }
-    std::printf("[AST][ERR]FT232 DTR state is not ready.\n");
+    VekLog::error("FT232 DTR state is not ready.\n");
     return true;
 }
 
