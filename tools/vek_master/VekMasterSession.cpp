@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "VekComplain.h"
 #include "VekExitStatus.h"
 #include "VekReplyFormatter.h"
 
@@ -23,10 +24,6 @@ constexpr int32_t kProgressFrom = 4096;
 void print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
-}
-
-void complain(const std::string& text) {
-    std::fprintf(stderr, "vek_master: %s\n", text.c_str());
 }
 
 bool writeFile(const std::string& path, const std::string& bytes) {

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "VekComplain.h"
 #include "VekDaemonLauncher.h"
 #include "VekExitStatus.h"
 #include "VekLineSettings.h"
@@ -23,10 +24,6 @@ constexpr int kStopMs = 10000;
 
 const char* const kTryHelp =
     "Try 'vek_master --help' for the options, the messages and their arguments.\n";
-
-void complain(const std::string& text) {
-    std::fprintf(stderr, "vek_master: %s\n", text.c_str());
-}
 
 int usage(const std::string& problem) {
     complain(problem);
