@@ -108,9 +108,9 @@ void VekPlatformCommon::packFileContentResponse(VekParamCommonFileContentRequest
                                                 VekParamCommonFileContentResponse& response) {
     VekLibrary::begin(response, hub_);
     response.path = request.path;
-    if (readWholeFile(request.path, fileContent)) {
-        response.rawDataLength = static_cast<int32_t>(fileContent.size());
-        response.rawData = fileContent.data();
+    if (readWholeFile(request.path, fileContent_)) {
+        response.rawDataLength = static_cast<int32_t>(fileContent_.size());
+        response.rawData = fileContent_.data();
         VekLog::info("Success to open file:%s, length=%d.\n", request.path.c_str(),
                      response.rawDataLength);
     } else {

@@ -15,7 +15,7 @@
 namespace vektransport {
 
 VekTransportUsb::VekTransportUsb(const std::string& device, int32_t baudRate)
-    : device(device), baudRate(baudRate) {}
+    : device_(device), baudRate_(baudRate) {}
 
 speed_t VekTransportUsb::speedFor(int32_t baudRate) {
     speed_t speed = B115200;
@@ -24,30 +24,30 @@ speed_t VekTransportUsb::speedFor(int32_t baudRate) {
 }
 
 int32_t VekTransportUsb::open() {
-    if (fd != -1) {
+    if (fd_ != -1) {
         // Opening again must not leak the descriptor in hand.
         close();
     }
-    fd = ::open(device.c_str(), O_RDWR | O_NOCTTY);
-    if (fd < 0) {
+    fd_ = ::open(device_.c_str(), O_RDWR | O_NOCTTY);
+    if (fd_ < 0) {
         const int err = errno;
-        fd = -1;
-        VekLog::error("Fail to open device:%s, reason:(%d)%s.\n", device.c_str(), err,
+        fd_ = -1;
+        VekLog::error("Fail to open device:%s, reason:(%d)%s.\n", device_.c_str(), err,
                       std::strerror(err));
         return -1;
     }
 
     termios tio{};
-    const int got = tcgetattr(fd, &tio);
+    const int got = tcgetattr(fd_, &tio);
     if (got != 0) {
         return abandon("get", got);
     }
-    VekLineSettings::makeRaw(tio, speedFor(baudRate));
-    const int set = tcsetattr(fd, TCSANOW, &tio);
+    VekLineSettings::makeRaw(tio, speedFor(baudRate_));
+    const int set = tcsetattr(fd_, TCSANOW, &tio);
     if (set != 0) {
         return abandon("set", set);
     }
-    return fd;
+    return fd_;
 }
 
 int32_t VekTransportUsb::abandon(const char* what, int result) {
@@ -63,11 +63,11 @@ int32_t VekTransportUsb::abandon(const char* what, int result) {
 class VekTransportUsb::Use {
 public:
     explicit Use(VekTransportUsb& transport) : transport_(transport) {
-        transport_.users.fetch_add(1);
-        fd = transport_.fd.load();
+        transport_.users_.fetch_add(1);
+        fd = transport_.fd_.load();
     }
     ~Use() {
-        if (transport_.users.fetch_sub(1) == 1) {
+        if (transport_.users_.fetch_sub(1) == 1) {
             transport_.closeParked();
         }
     }
@@ -81,16 +81,16 @@ private:
 };
 
 int32_t VekTransportUsb::close() {
-    const int32_t old = fd.exchange(-1);
+    const int32_t old = fd_.exchange(-1);
     if (old == -1) {
         return -1;
     }
-    parked.store(old);
-    return users.load() == 0 ? closeParked() : 0;
+    parked_.store(old);
+    return users_.load() == 0 ? closeParked() : 0;
 }
 
 int32_t VekTransportUsb::closeParked() {
-    const int32_t old = parked.exchange(-1);
+    const int32_t old = parked_.exchange(-1);
     return old == -1 ? 0 : ::close(old);
 }
 
@@ -135,7 +135,7 @@ bool VekTransportUsb::isDisconnected() {
         VekLog::warn("FT232 state is abnormal.\n");
         return err == ENODEV || err == EIO || err == ENXIO;
     }
-    if (access(device.c_str(), F_OK) != 0) {
+    if (access(device_.c_str(), F_OK) != 0) {
         VekLog::error("Fd file is unexist.\n");
         return true;
     }
