@@ -1,5 +1,6 @@
 #include <sys/prctl.h>
 
+#include <cstdio>
 #include <cstring>
 #include <memory>
 
