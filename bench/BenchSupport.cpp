@@ -28,8 +28,9 @@ bool smoke() {
 
 std::string requestFrame(const std::string& feature, const std::string& message,
                          const std::string& fields) {
-    return "AS:1:0:" + feature + ':' + message + "Request:0:OK" +
-           (fields.empty() ? "" : ":<" + fields + '>') + ":\n";
+    // The fields already joined are one payload piece.
+    const SampleRequests::Request request{feature, message, {}};
+    return request.frame(1, fields.empty() ? std::vector<std::string>{} : std::vector{fields}, "");
 }
 
 namespace {
