@@ -6,11 +6,12 @@
 #include <cstdio>
 
 #include "VekAssert.h"
+#include "VekLog.h"
 
 namespace vekserver {
 
 void VekAssert::fail(const char* expression) const {
-    std::printf("[AST][ERR]AST ASSERT, [%s][%d]\n", operation_, line_);
+    VekLog::error("AST ASSERT, [%s][%d]\n", operation_, line_);
     // abort() does not flush stdio, and the line matters most when output is a file.
     std::fflush(stdout);
     __assert_fail(expression, file_, static_cast<unsigned int>(line_), signature_);

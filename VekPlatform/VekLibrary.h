@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 #include "DVAudioSetting.h"
 #include "VekFrameHub.h"
+#include "VekLog.h"
 
 namespace vekserver {
 
@@ -39,7 +39,7 @@ public:
 
     // "[AST][ZIP]Success to <action>, ret=0.\n"
     static void report(const char* action, int32_t status) {
-        std::printf("[AST][ZIP]%s to %s, ret=%d.\n", outcome(status), action, status);
+        VekLog::zip("%s to %s, ret=%d.\n", outcome(status), action, status);
     }
 
     template <class Response>

@@ -1,6 +1,7 @@
 #include "VekPlatformCommon.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <cstring>
 
 #include "VekLibrary.h"
+#include "VekLog.h"
 
 namespace vekserver {
 
@@ -31,10 +33,34 @@ constexpr FeatureFile featureFiles[] = {
     {"Reverb", ""},
 };
 
+bool readable(mode_t mode) {
+    return S_ISREG(mode) || S_ISDIR(mode);
+}
+
 // Reads the whole file into content; false with errno set when it cannot be opened.
+// Only regular files (and directories, which read as empty) are read: a FIFO would
+// block the serving thread in the open, a device such as /dev/zero never ends, and
+// opening some devices does something by itself. Those count as not openable, with
+// EINVAL. The type is checked before the open and again on the open descriptor, which
+// is opened non-blocking in case the path changed in between.
 bool readWholeFile(const std::string& path, std::string& content) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0) {
+        return false;
+    }
+    if (!readable(st.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0) {
+        return false;
+    }
+    const bool typed = ::fstat(fd, &st) == 0;
+    if (!typed || !readable(st.st_mode)) {
+        const int error = typed ? EINVAL : errno;
+        ::close(fd);
+        errno = error;
         return false;
     }
     std::string bytes;
@@ -82,15 +108,15 @@ void VekPlatformCommon::packFileContentResponse(VekParamCommonFileContentRequest
                                                 VekParamCommonFileContentResponse& response) {
     VekLibrary::begin(response, hub_);
     response.path = request.path;
-    if (readWholeFile(request.path, fileContent)) {
-        response.rawDataLength = static_cast<int32_t>(fileContent.size());
-        response.rawData = fileContent.data();
-        std::printf("[AST][INF]Success to open file:%s, length=%d.\n", request.path.c_str(),
-                    response.rawDataLength);
+    if (readWholeFile(request.path, fileContent_)) {
+        response.rawDataLength = static_cast<int32_t>(fileContent_.size());
+        response.rawData = fileContent_.data();
+        VekLog::info("Success to open file:%s, length=%d.\n", request.path.c_str(),
+                     response.rawDataLength);
     } else {
         const int error = errno;
-        std::printf("[AST][INF]Fail to open file:%s, error(%d):%s.\n", request.path.c_str(), error,
-                    std::strerror(error));
+        VekLog::info("Fail to open file:%s, error(%d):%s.\n", request.path.c_str(), error,
+                     std::strerror(error));
     }
 }
 
@@ -100,8 +126,8 @@ void VekPlatformCommon::packGetBypassResponse(VekParamCommonGetBypassRequest&,
     int enable = 0;
     const int32_t status = VekLibrary::with<VekLibrary::App>(
         [&](VekLibrary::App& app) { return app.getBypass(&enable); });
-    std::printf("[AST][ZIP]%s to get bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
-                status, enable);
+    VekLog::zip("%s to get bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status), status,
+                enable);
     if (status == 0) {
         response.enable = (enable != 0);
     }
@@ -114,8 +140,8 @@ void VekPlatformCommon::packSetBypassResponse(VekParamCommonSetBypassRequest& re
     const int32_t status = VekLibrary::with<VekLibrary::App>([&](VekLibrary::App& app) {
         return request.enable ? app.enableBypass() : app.disableBypass();
     });
-    std::printf("[AST][ZIP]%s to set bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status),
-                status, request.enable ? 1 : 0);
+    VekLog::zip("%s to set bypass, ret=%d, enable=%d.\n", VekLibrary::outcome(status), status,
+                request.enable ? 1 : 0);
     response.fail = (status != 0);
 }
 

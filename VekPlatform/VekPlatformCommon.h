@@ -30,7 +30,7 @@ private:
     vekprotocol::VekFrameHub* hub_;
     // The raw data of the last FileContentResponse points here, so it must outlive
     // the adapter call until the response has been sent.
-    std::string fileContent;
+    std::string fileContent_;
 };
 
 }  // namespace vekserver

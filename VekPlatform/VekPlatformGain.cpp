@@ -42,7 +42,7 @@ void VekPlatformGain::packGetFadeBalanceResponse(VekParamGainGetFadeBalanceReque
                                                  VekParamGainGetFadeBalanceResponse& response) {
     VekLibrary::begin(response, hub_);
     for (int i = 0; i < 3; ++i) {
-        response.fadeBalance[i] = lastFadeBalance[i];
+        response.fadeBalance[i] = lastFadeBalance_[i];
     }
 }
 
@@ -55,7 +55,7 @@ void VekPlatformGain::packSetFadeBalanceResponse(VekParamGainSetFadeBalanceReque
     VekLibrary::finish(response, "set fade balance", status);
     if (status == 0) {
         for (int i = 0; i < 3; ++i) {
-            lastFadeBalance[i] = values[i];
+            lastFadeBalance_[i] = values[i];
         }
     }
 }

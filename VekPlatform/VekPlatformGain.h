@@ -28,7 +28,7 @@ private:
     vekprotocol::VekFrameHub* hub_;
     // The library cannot report fade/balance, so reads answer the triple last set
     // successfully; a failed set keeps the previous one.
-    int32_t lastFadeBalance[3] = {0, 0, 15};
+    int32_t lastFadeBalance_[3] = {0, 0, 15};
 };
 
 }  // namespace vekserver

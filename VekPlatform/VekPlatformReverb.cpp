@@ -8,7 +8,7 @@ using namespace vekprotocol;
 using App = VekLibrary::App;
 
 // Reverb counts as usable when the library accepts mode 0. This probe is silent and
-// leaves lastReverbMode alone: it is not a mode change the master asked for.
+// leaves lastReverbMode_ alone: it is not a mode change the master asked for.
 void VekPlatformReverb::packGetEnableResponse(VekParamReverbGetEnableRequest&,
                                               VekParamReverbGetEnableResponse& response) {
     VekLibrary::begin(response, hub_);
@@ -19,7 +19,7 @@ void VekPlatformReverb::packGetEnableResponse(VekParamReverbGetEnableRequest&,
 void VekPlatformReverb::packGetModeResponse(VekParamReverbGetModeRequest&,
                                             VekParamReverbGetModeResponse& response) {
     VekLibrary::begin(response, hub_);
-    response.mode = lastReverbMode;
+    response.mode = lastReverbMode_;
 }
 
 void VekPlatformReverb::packSetModeResponse(VekParamReverbSetModeRequest& request,
@@ -29,7 +29,7 @@ void VekPlatformReverb::packSetModeResponse(VekParamReverbSetModeRequest& reques
         VekLibrary::with<App>([&](App& app) { return app.setReverbMode(request.mode); });
     VekLibrary::finish(response, "set reverb mode", status);
     if (status == 0) {
-        lastReverbMode = request.mode;
+        lastReverbMode_ = request.mode;
     }
 }
 

@@ -21,7 +21,7 @@ public:
 private:
     vekprotocol::VekFrameHub* hub_;
     // The library cannot report the mode, so reads answer the one last set successfully.
-    int32_t lastReverbMode = 0;
+    int32_t lastReverbMode_ = 0;
 };
 
 }  // namespace vekserver

@@ -17,6 +17,8 @@
 #include <sstream>
 #include <thread>
 
+#include "SampleRequests.h"
+
 namespace vekbench {
 
 bool smoke() {
@@ -26,8 +28,9 @@ bool smoke() {
 
 std::string requestFrame(const std::string& feature, const std::string& message,
                          const std::string& fields) {
-    return "AS:1:0:" + feature + ':' + message + "Request:0:OK" +
-           (fields.empty() ? "" : ":<" + fields + '>') + ":\n";
+    // The fields already joined are one payload piece.
+    const SampleRequests::Request request{feature, message, {}};
+    return request.frame(1, fields.empty() ? std::vector<std::string>{} : std::vector{fields}, "");
 }
 
 namespace {
@@ -63,53 +66,9 @@ std::string benchFile(size_t size) {
 
 const std::vector<Request>& allRequests() {
     static const std::vector<Request> requests = [] {
-        // feature, message, fields; the values of tools/tour.vek where it has them.
-        const char* const table[][3] = {
-            {"Common", "Version", "M1.0"},
-            {"Common", "Feature", ""},
-            {"Common", "FileList", "Gain"},
-            {"Common", "FileContent", nullptr},  // the 1 KiB file
-            {"Common", "GetBypass", ""},
-            {"Common", "SetBypass", "0"},
-            {"Gain", "GetMaster", ""},
-            {"Gain", "SetMaster", "-10"},
-            {"Gain", "GetChannel", ""},
-            {"Gain", "SetChannel", "0:0:-3:-3:1.5:0"},
-            {"Gain", "GetFadeBalance", ""},
-            {"Gain", "SetFadeBalance", "2:-1:15"},
-            {"Reverb", "GetEnable", ""},
-            {"Reverb", "GetMode", ""},
-            {"Reverb", "SetMode", "1"},
-            {"Eq", "GetEnable", ""},
-            {"Eq", "SetEnable", "1"},
-            {"Eq", "GetBandCount", ""},
-            {"Eq", "GetBandConfig", "CF:7"},
-            {"Eq", "SetBandConfig", "CF:7:2:1000:-3.5:0.707:0:1"},
-            {"EqV2", "GetEnable", ""},
-            {"EqV2", "SetEnable", "1"},
-            {"EqV2", "GetBandCount", ""},
-            {"EqV2", "SetBandCount", "10:10:5:5:3:0"},
-            {"EqV2", "GetBandConfig", "CF:7"},
-            {"EqV2", "SetBandConfig", "CF:7:2:1000:-3.5:0.707:0:1"},
-            {"Hfe", "GetEnable", ""},
-            {"Hfe", "SetEnable", "1"},
-            {"Hfe", "GetChannelConfig", "LF"},
-            {"Hfe", "SetChannelConfig", "LF:1:0:1:0.5"},
-            {"Vb", "GetEnable", ""},
-            {"Vb", "SetEnable", "1"},
-            {"Vb", "GetChannelConfig", "LF"},
-            {"Vb", "SetChannelConfig", "LF:1:2:0.5:1:100:0:0:0:0:0:0:0:0:0:0:0:0:0:0:0"},
-            {"Speaker", "GetEnable", ""},
-            {"Speaker", "SetEnable", "1:1:1:1:1:1"},
-            {"Speaker", "GetDelay", ""},
-            {"Speaker", "SetDelay", "0:0:1.5:1.5:0.25:0"},
-            {"Speaker", "SetStylePattern", "LF:1"},
-            {"Speaker", "SetSinePattern", "LF:1000"},
-        };
         std::vector<Request> all;
-        for (const auto& row : table) {
-            const std::string fields = row[2] != nullptr ? row[2] : benchFile(1024);
-            all.push_back({std::strcmp(row[0], "Eq") == 0, requestFrame(row[0], row[1], fields)});
+        for (const SampleRequests::Request& r : SampleRequests::all()) {
+            all.push_back({r.feature == "Eq", r.frame(1, benchFile(1024))});
         }
         return all;
     }();

@@ -23,7 +23,8 @@ struct Request {
     bool fixedEq;  // served only with --eqMode=1
     std::string frame;
 };
-// One request of every message of every feature; FileContent reads a 1 KiB file.
+// One request of every message of every feature (tests/support/sample_requests.vek);
+// FileContent reads a 1 KiB file.
 const std::vector<Request>& allRequests();
 
 }  // namespace vekbench

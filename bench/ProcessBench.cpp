@@ -1,7 +1,6 @@
 // Figure 4: the daemon as a process: start-up, idle CPU, peak memory.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -77,12 +76,7 @@ void BM_PeakRss(benchmark::State& state) {
             break;
         }
         const auto start = Clock::now();
-        bool answered = true;
-        for (size_t sent = 0; sent < total && answered; ++sent) {
-            daemon.send(frames[sent % frames.size()]);
-            answered = sent + 1 < window || daemon.awaitResponses(1);
-        }
-        answered = answered && daemon.awaitResponses(std::min(window, total + 1) - 1);
+        const bool answered = daemon.exchange(frames, total, window);
         state.SetIterationTime(secondsSince(start));
         if (!answered) {
             state.SkipWithError("a request was not answered");

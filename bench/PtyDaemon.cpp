@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -32,7 +33,13 @@ public:
     size_t frames = 0;
 };
 
-PtyDaemon::PtyDaemon(const std::vector<std::string>& args) : counter_(std::make_unique<Counter>()) {
+std::string PtyDaemon::program() {
+    const char* other = std::getenv("VEK_BENCH_DAEMON");
+    return other != nullptr && *other != '\0' ? other : VEK_TUNER_PATH;
+}
+
+PtyDaemon::PtyDaemon(const std::vector<std::string>& args, const std::string& output)
+    : counter_(std::make_unique<Counter>()) {
     hub_ = std::make_unique<vekprotocol::VekFrameHub>(counter_.get(), nullptr);
     for (const char* feature : {"Speaker", "Gain", "Eq", "EqV2", "Hfe", "Vb", "Reverb"}) {
         hub_->registerEndpoint(feature, counter_.get());
@@ -42,13 +49,14 @@ PtyDaemon::PtyDaemon(const std::vector<std::string>& args) : counter_(std::make_
         std::perror("openpty");
         std::abort();
     }
-    std::vector<std::string> argv{VEK_TUNER_PATH, std::string("--device=") + name};
+    std::vector<std::string> argv{program(), std::string("--device=") + name};
     argv.insert(argv.end(), args.begin(), args.end());
     pid_ = fork();
     if (pid_ == 0) {
-        const int null = open("/dev/null", O_WRONLY);
-        dup2(null, STDOUT_FILENO);
-        dup2(null, STDERR_FILENO);
+        const int log = output.empty() ? open("/dev/null", O_WRONLY)
+                                       : open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(log, STDOUT_FILENO);
+        dup2(log, STDERR_FILENO);
         close(master_);
         close(slave_);
         std::vector<char*> raw;
@@ -126,6 +134,15 @@ bool PtyDaemon::awaitResponses(size_t count, int timeoutMs) {
     return true;
 }
 
+bool PtyDaemon::exchange(const std::vector<std::string>& frames, size_t total, size_t window) {
+    bool answered = true;
+    for (size_t sent = 0; sent < total && answered; ++sent) {
+        send(frames[sent % frames.size()]);
+        answered = sent + 1 < window || awaitResponses(1);
+    }
+    return answered && awaitResponses(std::min(window, total + 1) - 1);
+}
+
 double PtyDaemon::cpuSeconds() const {
     std::ifstream in("/proc/" + std::to_string(pid_) + "/stat");
     std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -149,6 +166,18 @@ long PtyDaemon::statusKib(const char* key) const {
     while (std::getline(in, line)) {
         if (line.compare(0, prefix.size(), prefix) == 0) {
             return std::stol(line.substr(prefix.size()));
+        }
+    }
+    return -1;
+}
+
+long long PtyDaemon::ioCount(const char* key) const {
+    std::ifstream in("/proc/" + std::to_string(pid_) + "/io");
+    std::string name;
+    long long value = -1;
+    while (in >> name >> value) {
+        if (name == std::string(key) + ':') {
+            return value;
         }
     }
     return -1;

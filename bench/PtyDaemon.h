@@ -11,11 +11,11 @@
 
 namespace vekbench {
 
-// The built vek_tuner on a pseudo-terminal, its output sent to /dev/null; stopped
-// with SIGUSR1 at destruction.
+// The built vek_tuner (or the one VEK_BENCH_DAEMON names) on a pseudo-terminal, its
+// output sent to /dev/null or to a file; stopped with SIGUSR1 at destruction.
 class PtyDaemon {
 public:
-    explicit PtyDaemon(const std::vector<std::string>& args = {});
+    explicit PtyDaemon(const std::vector<std::string>& args = {}, const std::string& output = "");
     ~PtyDaemon();
     PtyDaemon(const PtyDaemon&) = delete;
     PtyDaemon& operator=(const PtyDaemon&) = delete;
@@ -26,11 +26,18 @@ public:
     // Reads until count more response frames than awaited before have arrived (frames
     // that came early count); false after timeoutMs without a byte.
     bool awaitResponses(size_t count, int timeoutMs = 5000);
+    // Sends total requests, frames in turn, keeping window of them outstanding, and
+    // waits for every answer; false when one does not come.
+    bool exchange(const std::vector<std::string>& frames, size_t total, size_t window);
     pid_t pid() const { return pid_; }
     // utime + stime in seconds, from /proc/PID/stat.
     double cpuSeconds() const;
     // A "Vm...:" line of /proc/PID/status in KiB.
     long statusKib(const char* key) const;
+    // A line of /proc/PID/io, such as "syscw" (write calls made so far); -1 when unread.
+    long long ioCount(const char* key) const;
+    // The daemon program started: VEK_BENCH_DAEMON, or the one built beside.
+    static std::string program();
 
 private:
     class Counter;

@@ -5,15 +5,20 @@
 #                         exits 1 when a budget is missed
 #   bench/run.sh --smoke  every benchmark briefly (2 s idle window, 1,000 requests);
 #                         fails only when something does not run, never on a budget
+#   --compare=VEK_TUNER   also measures the real-path figure with another daemon binary
+#                         (an earlier commit's build) and prints it beside ours
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 smoke=0
-case "${1:-}" in
-    "") ;;
-    --smoke) smoke=1 ;;
-    *) echo "usage: bench/run.sh [--smoke]" >&2; exit 64 ;;
-esac
+compare=""
+for arg in "$@"; do
+    case "$arg" in
+        --smoke) smoke=1 ;;
+        --compare=?*) compare=$(realpath "${arg#--compare=}") ;;
+        *) echo "usage: bench/run.sh [--smoke] [--compare=VEK_TUNER]" >&2; exit 64 ;;
+    esac
+done
 
 cmake --preset bench >/dev/null
 cmake --build --preset bench --target vek_bench vek_tuner
@@ -27,15 +32,23 @@ if [ $smoke = 1 ]; then
 fi
 build-bench/vek_bench "${args[@]}"
 strip -o "$out/vek_tuner" build-bench/vek_tuner
+echo '{"benchmarks": []}' >"$out/other.json"
+if [ -n "$compare" ]; then
+    VEK_BENCH_DAEMON="$compare" build-bench/vek_bench "${args[@]/bench.json/other.json}" \
+        --benchmark_filter=RealPath
+fi
 
-python3 - "$out/bench.json" "$(stat -c %s "$out/vek_tuner")" "$smoke" <<'EOF'
+python3 - "$out/bench.json" "$(stat -c %s "$out/vek_tuner")" "$smoke" "$out/other.json" "$compare" <<'EOF'
 import json, sys
 
 report, stripped, smoke = json.load(open(sys.argv[1])), int(sys.argv[2]), sys.argv[3] == "1"
+other, compare = json.load(open(sys.argv[4])), sys.argv[5]
 runs = {}
 for b in report["benchmarks"]:
     if b.get("aggregate_name", "median") == "median":
         runs[b["run_name"]] = b
+for b in other["benchmarks"]:
+    runs["other " + b["run_name"]] = b
 
 # label, benchmark run, value from the run, unit, budget, "min" (at least) or "max"
 per_request = lambda b: b["cpu_time"] * {"ns": 1e-3, "us": 1, "ms": 1e3, "s": 1e6}[b["time_unit"]]
@@ -61,7 +74,14 @@ rows = [
     ("process: peak RSS, %s requests" % ("1,000" if smoke else "10,000"), "BM_PeakRss/iterations:1/manual_time",
      lambda b: b["peak_rss_kib"] / 1024, "MiB", 4, "max"),
     ("process: anonymous RSS after the run", "BM_PeakRss/iterations:1/manual_time", lambda b: b["rss_anon_kib"], "KiB", None, None),
+    ("real path: CPU per served request", "BM_RealPath/iterations:1/manual_time", lambda b: b["cpu_us_per_request"], "us", None, None),
+    ("real path: writes per served request", "BM_RealPath/iterations:1/manual_time", lambda b: b["writes_per_request"], "", 5, "max"),
 ]
+if compare:
+    rows += [
+        ("real path, %s: CPU per served request" % compare, "other BM_RealPath/iterations:1/manual_time", lambda b: b["cpu_us_per_request"], "us", None, None),
+        ("real path, %s: writes per served request" % compare, "other BM_RealPath/iterations:1/manual_time", lambda b: b["writes_per_request"], "", None, None),
+    ]
 
 def fmt(x):
     return "%.3g" % x if abs(x) < 100 else "{:,.0f}".format(x)

@@ -18,18 +18,18 @@ const char kTraceMarker[] = "/media/flash/nvm/tracelet";
 }  // namespace
 
 AudioSemaphore::AudioSemaphore() {
-    if (sem_init(&sem, 0, 0) != 0) {
+    if (sem_init(&sem_, 0, 0) != 0) {
         __android_log_print(kError, kTag, "[%s][%u]init sem failed\n", "AudioSemaphore", 49u);
     }
 }
 
 AudioSemaphore::~AudioSemaphore() {
-    sem_destroy(&sem);
+    sem_destroy(&sem_);
 }
 
 void AudioSemaphore::signal() {
     int value = 0;
-    const int got = sem_getvalue(&sem, &value);
+    const int got = sem_getvalue(&sem_, &value);
     if (got != 0) {
         if (access(kTraceMarker, F_OK) == 0) {
             __android_log_print(kDebug, kTag, "[%s][%u]sem get value failed, ret=%d", "signal", 94u,
@@ -40,7 +40,7 @@ void AudioSemaphore::signal() {
     if (value > 0) {
         return;
     }
-    const int posted = sem_post(&sem);
+    const int posted = sem_post(&sem_);
     if (posted == -1) {
         __android_log_print(kError, kTag, "[%s][%u]sem post failed, ret=%d\n", "signal", 100u,
                             posted);
@@ -48,7 +48,7 @@ void AudioSemaphore::signal() {
 }
 
 void AudioSemaphore::wait() {
-    if (sem_wait(&sem) != 0) {
+    if (sem_wait(&sem_) != 0) {
         const int err = errno;
         __android_log_print(kError, kTag, "[%s][%u]sem wait failed:%s\n", "wait", 64u,
                             std::strerror(err));

@@ -17,5 +17,5 @@ public:
     void wait();
 
 private:
-    sem_t sem;
+    sem_t sem_;
 };

@@ -3,13 +3,12 @@
 #include <execinfo.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
 #include "StopSemaphore.h"
+#include "VekLog.h"
 
 namespace {
 
@@ -28,35 +27,6 @@ const char* const kSegvCodes[] = {"", "SEGV_MAPERR", "SEGV_ACCERR"};
 const char kUnknownCode[] = "UNKNOWN";
 
 const int kMaxFrames = 20;
-
-// Formats one line on the stack and hands it to fd 1 directly, bypassing the stdout
-// lock that the interrupted thread may hold. errno is left as the handler found it.
-__attribute__((format(printf, 1, 2))) void emit(const char* format, ...) {
-    const int savedErrno = errno;
-    char line[512];
-    va_list args;
-    va_start(args, format);
-    const int n = std::vsnprintf(line, sizeof(line), format, args);
-    va_end(args);
-    if (n > 0) {
-        size_t left =
-            static_cast<size_t>(n) < sizeof(line) ? static_cast<size_t>(n) : sizeof(line) - 1;
-        const char* at = line;
-        while (left > 0) {
-            const ssize_t done = ::write(STDOUT_FILENO, at, left);
-            if (done < 0 && errno == EINTR) {
-                continue;
-            }
-            if (done <= 0) {
-                break;
-            }
-            at += done;
-            left -= static_cast<size_t>(done);
-        }
-    }
-    errno = savedErrno;
-}
-
 // exit() flushes stdout and stderr, which takes their locks. A thread that keeps one
 // (stuck, or stopped mid-print by a signal) would hang the process there, so give it a
 // moment and otherwise leave without the exit handlers: the status is the same.
@@ -100,7 +70,7 @@ int installSignalHandlers(SignalHandler handler) {
 }
 
 void onSignal(int signo, siginfo_t* info, void* context) {
-    emit("[AST][WRN]Signal %d received.\n", signo);
+    VekLog::fromSignal(VekLog::kWarning, "Signal %d received.\n", signo);
     if (signo == SIGUSR1) {
         stopSemaphore.signal();
         return;
@@ -110,27 +80,30 @@ void onSignal(int signo, siginfo_t* info, void* context) {
 
 void crashReport(int signo, siginfo_t* info, void* /*context*/) {
     const int code = info != nullptr ? info->si_code : 0;
-    emit("signum = %d\n", signo);
+    VekLog::fromSignal(VekLog::kPlain, "signum = %d\n", signo);
     if (signo == SIGSEGV) {
         const bool known =
             code >= 0 && code < static_cast<int>(sizeof(kSegvCodes) / sizeof(kSegvCodes[0]));
-        emit("Segmentation Fault!\n");
-        emit("info.si_code  = %d (%s)\n", code, known ? kSegvCodes[code] : kUnknownCode);
+        VekLog::fromSignal(VekLog::kPlain, "Segmentation Fault!\n");
+        VekLog::fromSignal(VekLog::kPlain, "info.si_code  = %d (%s)\n", code,
+                           known ? kSegvCodes[code] : kUnknownCode);
     }
-    emit("info.si_errno = %d\n", info != nullptr ? info->si_errno : 0);
-    emit("info.si_addr  = %p\n", info != nullptr ? info->si_addr : nullptr);
-    emit("Stack trace:\n");
+    VekLog::fromSignal(VekLog::kPlain, "info.si_errno = %d\n",
+                       info != nullptr ? info->si_errno : 0);
+    VekLog::fromSignal(VekLog::kPlain, "info.si_addr  = %p\n",
+                       info != nullptr ? info->si_addr : nullptr);
+    VekLog::fromSignal(VekLog::kPlain, "Stack trace:\n");
     void* frames[kMaxFrames];
     const int count = backtrace(frames, kMaxFrames);
     char** symbols = backtrace_symbols(frames, count);
     if (symbols != nullptr) {
         for (int i = 0; i < count; ++i) {
             if (symbols[i] != nullptr) {
-                emit("%s\n", symbols[i]);
+                VekLog::fromSignal(VekLog::kPlain, "%s\n", symbols[i]);
             }
         }
         std::free(symbols);
     }
-    emit("End of stack trace\n");
+    VekLog::fromSignal(VekLog::kPlain, "End of stack trace\n");
     leave();
 }

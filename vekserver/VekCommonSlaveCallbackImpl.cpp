@@ -1,4 +1,5 @@
 #include "VekCommonSlaveCallbackImpl.h"
+#include "VekLog.h"
 
 namespace vekserver {
 
@@ -8,8 +9,8 @@ using S = VekCommonSlave;
 
 void VekCommonSlaveCallbackImpl::onVersionRequest(VekParamCommonVersionRequest& request) {
     logRequest(__func__, request, ".\n");
-    std::printf("[AST][INF]Master version=%s, slave version=%s.\n", request.version.c_str(),
-                P::kSlaveVersion);
+    VekLog::info("Master version=%s, slave version=%s.\n", request.version.c_str(),
+                 P::kSlaveVersion);
     respond(request, &P::packVersionResponse, &S::encodeVersionResponse);
 }
 

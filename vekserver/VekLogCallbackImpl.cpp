@@ -1,11 +1,13 @@
 #include "VekLogCallbackImpl.h"
 
-#include <cstdio>
+#include <cstring>
+
+#include "VekLog.h"
 
 namespace vekserver {
 
 void VekLogCallbackImpl::onLog(const char* text) {
-    std::fputs(text, stdout);
+    VekLog::put(text, std::strlen(text));
 }
 
 }  // namespace vekserver

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 
 #include "AudioThread.h"
 #include "VekCommonSlave.h"
 #include "VekCommonSlaveCallbackImpl.h"
+#include "VekEffectProbes.h"
 #include "VekEqSlave.h"
 #include "VekEqSlaveCallbackImpl.h"
 #include "VekEqV2Slave.h"
@@ -35,7 +35,7 @@ class VekServer : public AudioThread {
 public:
     static constexpr uint32_t kReadSize = 1024;
 
-    VekServer(VekServerConfig config, vektransport::VekTransport* transport);
+    VekServer(const VekServerConfig& config, vektransport::VekTransport* transport);
     ~VekServer() override;
 
     void init();
@@ -43,6 +43,8 @@ public:
     void deinit();
     // Hands received bytes to the frame hub; nothing is served before init() greeted.
     void serve(const char* data, uint32_t size);
+    // Null until init() has greeted the master.
+    const vekprotocol::VekFrameHub* frameHub() const { return hub_.get(); }
 
 protected:
     void run() override;
@@ -52,23 +54,21 @@ private:
     template <class Slave, class Impl>
     void addFeature(VekFeature<Slave, Impl>& feature, const char* name, bool condition);
 
-    [[maybe_unused]] int32_t baudRate;  // the transport runs the line at it
-    int32_t eqMode;
-    bool enReverb;
-    std::string progressName;
-    std::string device;
-    vektransport::VekTransport* transport;  // not owned
-    char buffer[kReadSize] = {};
-    std::unique_ptr<vekprotocol::VekFrameHub> hub;
-    std::unique_ptr<VekLogCallbackImpl> log;
-    VekFeature<vekprotocol::VekCommonSlave, VekCommonSlaveCallbackImpl> common;
-    VekFeature<vekprotocol::VekSpeakerSlave, VekSpeakerSlaveCallbackImpl> speaker;
-    VekFeature<vekprotocol::VekGainSlave, VekGainSlaveCallbackImpl> gain;
-    VekFeature<vekprotocol::VekEqSlave, VekEqSlaveCallbackImpl> eq;
-    VekFeature<vekprotocol::VekEqV2Slave, VekEqV2SlaveCallbackImpl> eqV2;
-    VekFeature<vekprotocol::VekHfeSlave, VekHfeSlaveCallbackImpl> hfe;
-    VekFeature<vekprotocol::VekVbSlave, VekVbSlaveCallbackImpl> vb;
-    VekFeature<vekprotocol::VekReverbSlave, VekReverbSlaveCallbackImpl> reverb;
+    int32_t eqMode_;
+    bool enReverb_;
+    vektransport::VekTransport* transport_;  // not owned
+    char buffer_[kReadSize] = {};
+    VekEffectProbes probes_;
+    std::unique_ptr<vekprotocol::VekFrameHub> hub_;
+    std::unique_ptr<VekLogCallbackImpl> log_;
+    VekFeature<vekprotocol::VekCommonSlave, VekCommonSlaveCallbackImpl> common_;
+    VekFeature<vekprotocol::VekSpeakerSlave, VekSpeakerSlaveCallbackImpl> speaker_;
+    VekFeature<vekprotocol::VekGainSlave, VekGainSlaveCallbackImpl> gain_;
+    VekFeature<vekprotocol::VekEqSlave, VekEqSlaveCallbackImpl> eq_;
+    VekFeature<vekprotocol::VekEqV2Slave, VekEqV2SlaveCallbackImpl> eqV2_;
+    VekFeature<vekprotocol::VekHfeSlave, VekHfeSlaveCallbackImpl> hfe_;
+    VekFeature<vekprotocol::VekVbSlave, VekVbSlaveCallbackImpl> vb_;
+    VekFeature<vekprotocol::VekReverbSlave, VekReverbSlaveCallbackImpl> reverb_;
 };
 
 }  // namespace vekserver

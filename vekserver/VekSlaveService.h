@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <memory>
 #include <sstream>
 
 #include "VekFrameHub.h"
+#include "VekLog.h"
 #include "VekRecordHead.h"
 #include "VekSendResponse.h"
 #include "VekTransport.h"
@@ -19,17 +20,16 @@ class VekSlaveService : public CallbackItf {
 public:
     VekSlaveService(Slave* endpoint, vekprotocol::VekFrameHub* hub,
                     vektransport::VekTransport* transport)
-        : endpoint(endpoint), platform(new Platform(hub)), transport(transport) {}
-    ~VekSlaveService() override { delete platform; }
+        : endpoint_(endpoint), platform_(std::make_unique<Platform>(hub)), transport_(transport) {}
     VekSlaveService(const VekSlaveService&) = delete;
     VekSlaveService& operator=(const VekSlaveService&) = delete;
 
 protected:
     static void logRequest(const char* operation, const vekprotocol::VekRecordHead& request,
                            const char* end = "\n") {
-        std::printf("[AST][INF]%s, self=%d, peer=%d, fail=%d, rawDataLength=%d%s", operation,
-                    static_cast<int>(request.self), static_cast<int>(request.peer),
-                    request.fail ? 1 : 0, static_cast<int>(request.rawDataLength), end);
+        VekLog::info("%s, self=%d, peer=%d, fail=%d, rawDataLength=%d%s", operation,
+                     static_cast<int>(request.self), static_cast<int>(request.peer),
+                     request.fail ? 1 : 0, static_cast<int>(request.rawDataLength), end);
     }
 
     // Steps after the request line; exactly one response per request.
@@ -37,9 +37,9 @@ protected:
     void respond(Request& request, void (Platform::*pack)(Request&, Response&),
                  void (Slave::*encode)(std::stringstream&, const Response&)) {
         Response response;
-        (platform->*pack)(request, response);
-        (endpoint->*encode)(out, response);
-        sendResponse(transport, out);
+        (platform_.get()->*pack)(request, response);
+        (endpoint_->*encode)(out_, response);
+        sendResponse(transport_, out_);
     }
 
     template <class Request, class Response>
@@ -49,10 +49,11 @@ protected:
         respond(request, pack, encode);
     }
 
-    Slave* endpoint;
-    Platform* platform;
-    vektransport::VekTransport* transport;
-    std::stringstream out;
+private:
+    Slave* endpoint_;
+    std::unique_ptr<Platform> platform_;
+    vektransport::VekTransport* transport_;
+    std::stringstream out_;
 };
 
 }  // namespace vekserver

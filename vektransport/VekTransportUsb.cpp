@@ -10,11 +10,12 @@
 #include <cstring>
 
 #include "VekLineSettings.h"
+#include "VekLog.h"
 
 namespace vektransport {
 
 VekTransportUsb::VekTransportUsb(const std::string& device, int32_t baudRate)
-    : device(device), baudRate(baudRate) {}
+    : device_(device), baudRate_(baudRate) {}
 
 speed_t VekTransportUsb::speedFor(int32_t baudRate) {
     speed_t speed = B115200;
@@ -23,36 +24,36 @@ speed_t VekTransportUsb::speedFor(int32_t baudRate) {
 }
 
 int32_t VekTransportUsb::open() {
-    if (fd != -1) {
+    if (fd_ != -1) {
         // Opening again must not leak the descriptor in hand.
         close();
     }
-    fd = ::open(device.c_str(), O_RDWR | O_NOCTTY);
-    if (fd < 0) {
+    fd_ = ::open(device_.c_str(), O_RDWR | O_NOCTTY);
+    if (fd_ < 0) {
         const int err = errno;
-        fd = -1;
-        std::printf("[AST][ERR]Fail to open device:%s, reason:(%d)%s.\n", device.c_str(), err,
-                    std::strerror(err));
+        fd_ = -1;
+        VekLog::error("Fail to open device:%s, reason:(%d)%s.\n", device_.c_str(), err,
+                      std::strerror(err));
         return -1;
     }
 
     termios tio{};
-    const int got = tcgetattr(fd, &tio);
+    const int got = tcgetattr(fd_, &tio);
     if (got != 0) {
         return abandon("get", got);
     }
-    VekLineSettings::makeRaw(tio, speedFor(baudRate));
-    const int set = tcsetattr(fd, TCSANOW, &tio);
+    VekLineSettings::makeRaw(tio, speedFor(baudRate_));
+    const int set = tcsetattr(fd_, TCSANOW, &tio);
     if (set != 0) {
         return abandon("set", set);
     }
-    return fd;
+    return fd_;
 }
 
 int32_t VekTransportUsb::abandon(const char* what, int result) {
     const int err = errno;
-    std::printf("[AST][ERR]Fail to %s serial port configuration, ret=%d, errno=(%d)%s.\n", what,
-                result, err, std::strerror(err));
+    VekLog::error("Fail to %s serial port configuration, ret=%d, errno=(%d)%s.\n", what, result,
+                  err, std::strerror(err));
     return close();
 }
 
@@ -62,11 +63,11 @@ int32_t VekTransportUsb::abandon(const char* what, int result) {
 class VekTransportUsb::Use {
 public:
     explicit Use(VekTransportUsb& transport) : transport_(transport) {
-        transport_.users.fetch_add(1);
-        fd = transport_.fd.load();
+        transport_.users_.fetch_add(1);
+        fd = transport_.fd_.load();
     }
     ~Use() {
-        if (transport_.users.fetch_sub(1) == 1) {
+        if (transport_.users_.fetch_sub(1) == 1) {
             transport_.closeParked();
         }
     }
@@ -80,24 +81,24 @@ private:
 };
 
 int32_t VekTransportUsb::close() {
-    const int32_t old = fd.exchange(-1);
+    const int32_t old = fd_.exchange(-1);
     if (old == -1) {
         return -1;
     }
-    parked.store(old);
-    return users.load() == 0 ? closeParked() : 0;
+    parked_.store(old);
+    return users_.load() == 0 ? closeParked() : 0;
 }
 
 int32_t VekTransportUsb::closeParked() {
-    const int32_t old = parked.exchange(-1);
+    const int32_t old = parked_.exchange(-1);
     return old == -1 ? 0 : ::close(old);
 }
 
 void VekTransportUsb::reportTransfer(const char* what, int32_t result) {
     if (result < 0) {
         const int err = errno;
-        std::printf("[AST][ERR]Fail to %s device, ret=%d, reason:(%d)%s.\n", what,
-                    static_cast<int>(result), err, std::strerror(err));
+        VekLog::error("Fail to %s device, ret=%d, reason:(%d)%s.\n", what, static_cast<int>(result),
+                      err, std::strerror(err));
     }
 }
 
@@ -113,7 +114,7 @@ int32_t VekTransportUsb::read(char* buffer, uint32_t length) {
 int32_t VekTransportUsb::write(const char* buffer, uint32_t length) {
     // The dump shows the text up to its first zero byte; the line still gets every byte.
     const int shown = buffer == nullptr ? 0 : static_cast<int>(length > INT_MAX ? INT_MAX : length);
-    std::printf("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
+    VekLog::plain("\n+SEND-%.*s-SEND\n\n", shown, buffer == nullptr ? "" : buffer);
     Use use(*this);
     const int32_t result = static_cast<int32_t>(::write(use.fd, buffer, length));
     reportTransfer("write", result);
@@ -124,24 +125,24 @@ bool VekTransportUsb::isDisconnected() {
     Use use(*this);
     if (fcntl(use.fd, F_GETFL) == -1) {
         const int err = errno;
-        std::printf("[AST][WRN]Fd is invalid.\n");
+        VekLog::warn("Fd is invalid.\n");
         return err == EBADF;
     }
     int bits = 0;
     if (ioctl(use.fd, TIOCMGET, &bits) == -1) {
         // Lines a pulled cable leaves behind; other errors say nothing about the cable.
         const int err = errno;
-        std::printf("[AST][WRN]FT232 state is abnormal.\n");
+        VekLog::warn("FT232 state is abnormal.\n");
         return err == ENODEV || err == EIO || err == ENXIO;
     }
-    if (access(device.c_str(), F_OK) != 0) {
-        std::printf("[AST][ERR]Fd file is unexist.\n");
+    if (access(device_.c_str(), F_OK) != 0) {
+        VekLog::error("Fd file is unexist.\n");
         return true;
     }
     if ((bits & TIOCM_DTR) != 0) {
         return false;
     }
-    std::printf("[AST][ERR]FT232 DTR state is not ready.\n");
+    VekLog::error("FT232 DTR state is not ready.\n");
     return true;
 }
 

@@ -37,11 +37,11 @@ private:
     // Reports a failed transfer ("read" or "write") when result is negative.
     static void reportTransfer(const char* what, int32_t result);
 
-    std::string device;
-    int32_t baudRate;
-    std::atomic<int32_t> fd{-1};
-    std::atomic<int32_t> users{0};    // calls in flight on the descriptor
-    std::atomic<int32_t> parked{-1};  // closed while in use; the last call closes it
+    std::string device_;
+    int32_t baudRate_;
+    std::atomic<int32_t> fd_{-1};
+    std::atomic<int32_t> users_{0};    // calls in flight on the descriptor
+    std::atomic<int32_t> parked_{-1};  // closed while in use; the last call closes it
 };
 
 }  // namespace vektransport

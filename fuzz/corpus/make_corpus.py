@@ -53,36 +53,31 @@ AS:9:0:Speaker:SetStylePatternRequest:0:OK:<CF:2>:
 AS:9:0:Common:SetBypassRequest:0:OK:<1>:
 """.split()
 
-# Requests the examples leave out, so that every service has a seed.
-REQUESTS = """
-AS:1:0:Gain:GetChannelRequest:0:OK:
-AS:1:0:Gain:GetFadeBalanceRequest:0:OK:
-AS:1:0:Eq:GetEnableRequest:0:OK:
-AS:1:0:Eq:SetEnableRequest:0:OK:<1>:
-AS:1:0:Eq:GetBandCountRequest:0:OK:
-AS:1:0:Eq:GetBandConfigRequest:0:OK:<CF:7>:
-AS:1:0:Eq:SetBandConfigRequest:0:OK:<CF:7:2:1000:0.7:-3:1:0>:
-AS:1:0:EqV2:GetEnableRequest:0:OK:
-AS:1:0:EqV2:SetEnableRequest:0:OK:<1>:
-AS:1:0:EqV2:GetBandCountRequest:0:OK:
-AS:1:0:EqV2:SetBandCountRequest:0:OK:<10:10:5:5:3:0>:
-AS:1:0:EqV2:GetBandConfigRequest:0:OK:<LF:3>:
-AS:1:0:EqV2:SetBandConfigRequest:0:OK:<LF:3:2:1000:0.7:-3:1:0>:
-AS:1:0:Hfe:GetEnableRequest:0:OK:
-AS:1:0:Vb:GetEnableRequest:0:OK:
-AS:1:0:Vb:SetEnableRequest:0:OK:<1>:
-AS:1:0:Vb:SetChannelConfigRequest:0:OK:<LF:1:2:0.5:1:100:0:0:0:0:0:0:0:0:0:0:0:0:0:0:0>:
-AS:1:0:Speaker:GetEnableRequest:0:OK:
-AS:1:0:Speaker:GetDelayRequest:0:OK:
-AS:1:0:Speaker:SetDelayRequest:0:OK:<0:0:1.5:1.5:0.25:0>:
-AS:1:0:Reverb:SetEnableRequest:0:OK:<1>:
-""".split()
+HERE = os.path.dirname(os.path.abspath(__file__))
+# One request of every message: the list the soak test and the benchmarks send too.
+SAMPLES = os.path.join(HERE, "..", "..", "tests", "support", "sample_requests.vek")
+
+
+def sample_requests():
+    out = []
+    with open(SAMPLES) as f:
+        for line in f:
+            words = line.split("#", 1)[0].split()
+            if not words:
+                continue
+            feature, message, fields = words[0], words[1], words[2:]
+            fields = ["/media/flash/nvm/mixhub/volume_property.xml" if w == "FILE" else w
+                      for w in fields]
+            block = ":<%s>" % ":".join(fields) if fields else ""
+            out.append("AS:1:0:%s:%sRequest:0:OK%s:" % (feature, message, block))
+    return out
+
 
 RAW = b"<?xml version='1.0'?>\n<volume master='-12.5'/>\n"
 
 
 def frames():
-    out = [(line.encode() + b"\n") for line in EXAMPLES + REQUESTS]
+    out = [(line.encode() + b"\n") for line in EXAMPLES + sample_requests()]
     # A frame that carries raw data.
     out.append(b"AS:5:0:Common:FileContentResponse:%d:OK:<the path>:\n" % len(RAW) + RAW)
     return out
@@ -94,7 +89,16 @@ def write(folder, name, data):
         f.write(data)
 
 
+def sized(reads):
+    """ServerFuzz input whose reads are exactly these byte strings (mode 128)."""
+    out = b"\x80"
+    for r in reads:
+        out += bytes([(len(r) - 1) & 0xff, (len(r) - 1) >> 8]) + r
+    return out
+
+
 def main():
+    os.chdir(HERE)
     all_frames = frames()
     for i, frame in enumerate(all_frames):
         # ServerFuzz: a read-size byte, then the stream; the byte varies the cuts.
@@ -115,6 +119,16 @@ def main():
     write("ServerFuzz", "overflow-noise", b"\x00" + b"x" * 41000 + request)
     write("ServerFuzz", "overflow-frame",
           b"\x00AS:5:0:Common:FileContentResponse:41000:OK:<p>:\n" + b"y" * 41000 + request)
+    # A frame of exactly 40960 bytes held up to 60 bytes short; a read that holds the
+    # rest and a request does not fit and is dropped, the 60 bytes then complete it.
+    # A second read that does not fit in a row gives the frame up.
+    head = b"AS:9:0:Common:VersionRequest:40914:OK:<M1.0>:\n"
+    full = head + b"v" * 40914
+    reads = [full[i:i + 1024] for i in range(0, 40900, 1024)]
+    reads[-1] = full[39936:40900]
+    fade = b"AS:9:0:Gain:GetFadeBalanceRequest:0:OK:\n"
+    write("ServerFuzz", "near-full-frame-completes", sized(reads + [full[40900:] + fade, full[40900:], fade]))
+    write("ServerFuzz", "near-full-frame-given-up", sized(reads + [full[40900:] + fade, fade + fade]))
     write("ServerFuzz", "bad-header", b"\x00AS:1:0:Gain:GetMasterRequest\nAS:1:0:Gain:GetMasterRequest:99999999999:OK:\n")
 
 

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <functional>
 #include <random>
 #include <set>
 #include <sstream>
@@ -14,18 +14,11 @@
 #include <vector>
 
 #include "DaemonHarness.h"
-#include "VekCommonMaster.h"
-#include "VekEqV2Master.h"
-#include "VekGainMaster.h"
-#include "VekHfeMaster.h"
-#include "VekReverbMaster.h"
-#include "VekSpeakerMaster.h"
-#include "VekVbMaster.h"
+#include "SampleRequests.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using namespace vekprotocol;
 using Rng = std::mt19937;
 
 constexpr uint32_t kRequests = 100000;
@@ -40,144 +33,38 @@ constexpr uint32_t kDefaultSeed = 20240611;
 // hundreds of KiB, and a record of every library call grew it by 24 MiB.
 constexpr long kRssToleranceKb = 64;
 
-// One request message with random but valid field values, and the answer it expects.
-struct Message {
-    std::string feature;
-    std::string response;
-    std::function<void(Rng&, uint32_t self, std::stringstream&)> encode;
-};
-
+// One request of every message with random values of the sample's shape: each number
+// between 0 and the sample's value (whole numbers stay whole, others move in quarter
+// steps, so every value is exact in %g), each channel name any of the six.
 int32_t between(Rng& rng, int32_t lo, int32_t hi) {
     return std::uniform_int_distribution<int32_t>(lo, hi)(rng);
-}
-float real(Rng& rng, float lo, float hi) {
-    // Quarter steps, as a tuning tool sets them, keep every value exact in %g.
-    return static_cast<float>(
-               between(rng, static_cast<int32_t>(lo * 4), static_cast<int32_t>(hi * 4))) /
-           4;
 }
 bool coin(Rng& rng) {
     return between(rng, 0, 1) == 1;
 }
-std::string channel(Rng& rng) {
-    static const char* const names[] = {"LF", "RF", "LS", "RS", "CF", "L1"};
-    return names[between(rng, 0, 5)];
-}
-template <class T, size_t N, class Gen>
-void fill(T (&items)[N], Gen gen) {
-    for (T& item : items) {
-        item = gen();
+
+std::string vary(Rng& rng, const std::string& sample) {
+    static const std::set<std::string> channels{"LF", "RF", "LS", "RS", "CF", "L1"};
+    if (channels.count(sample) != 0) {
+        static const char* const names[] = {"LF", "RF", "LS", "RS", "CF", "L1"};
+        return names[between(rng, 0, 5)];
     }
-}
-
-template <class Master, class Record, class Fill>
-Message message(void (Master::*encode)(std::stringstream&, const Record&), Fill fill) {
-    std::string response = Record::kMessage;
-    response.replace(response.rfind("Request"), 7, "Response");
-    return {Master::kFeature, response,
-            [encode, fill](Rng& rng, uint32_t self, std::stringstream& out) {
-                Record record;
-                record.self = self;
-                fill(rng, record);
-                Master master;
-                (master.*encode)(out, record);
-            }};
-}
-template <class Master, class Record>
-Message message(void (Master::*encode)(std::stringstream&, const Record&)) {
-    return message(encode, [](Rng&, Record&) {});
-}
-
-// Every message of every feature the daemon serves with --reverb and the default EqV2.
-std::vector<Message> allMessages(const std::string& file) {
-    const auto enable = [](Rng& g, auto& r) { r.enable = coin(g); };
-    const auto pickChannel = [](Rng& g, auto& r) { r.channel = channel(g); };
-    // Bands within what a tuning tool lays out, so the simulator's store stays bounded.
-    const auto band = [](Rng& g, auto& r) {
-        r.channel = channel(g);
-        r.band = static_cast<uint32_t>(between(g, 0, 19));
-    };
-    const auto bandConfig = [band](Rng& g, auto& r) {
-        band(g, r);
-        r.value1 = between(g, 0, 7);
-        r.value2 = between(g, 20, 20000);
-        r.value3 = real(g, -24, 24);
-        r.value4 = real(g, 0.25f, 16);
-        r.value5 = between(g, 0, 1);
-        r.value6 = between(g, 0, 1);
-    };
-    return {
-        message(&VekCommonMaster::encodeVersionRequest,
-                [](Rng& g, auto& r) { r.version = "A" + std::to_string(between(g, 0, 99999999)); }),
-        message(&VekCommonMaster::encodeFeatureRequest),
-        message(&VekCommonMaster::encodeFileListRequest,
-                [](Rng& g, auto& r) {
-                    static const char* const features[] = {"Speaker", "Gain", "EqV2",
-                                                           "Hfe",     "Vb",   "Reverb"};
-                    r.feature = features[between(g, 0, 5)];
-                }),
-        message(&VekCommonMaster::encodeFileContentRequest,
-                [file](Rng& g, auto& r) { r.path = coin(g) ? file : file + ".absent"; }),
-        message(&VekCommonMaster::encodeGetBypassRequest),
-        message(&VekCommonMaster::encodeSetBypassRequest, enable),
-        message(&VekGainMaster::encodeGetMasterRequest),
-        message(&VekGainMaster::encodeSetMasterRequest,
-                [](Rng& g, auto& r) { r.masterGain = real(g, -60, 12); }),
-        message(&VekGainMaster::encodeGetChannelRequest),
-        message(&VekGainMaster::encodeSetChannelRequest,
-                [](Rng& g, auto& r) { fill(r.channelGain, [&] { return real(g, -30, 6); }); }),
-        message(&VekGainMaster::encodeGetFadeBalanceRequest),
-        message(&VekGainMaster::encodeSetFadeBalanceRequest,
-                [](Rng& g, auto& r) { fill(r.fadeBalance, [&] { return between(g, -15, 15); }); }),
-        message(&VekSpeakerMaster::encodeGetEnableRequest),
-        message(&VekSpeakerMaster::encodeSetEnableRequest,
-                [](Rng& g, auto& r) { fill(r.enable, [&] { return coin(g); }); }),
-        message(&VekSpeakerMaster::encodeGetDelayRequest),
-        message(&VekSpeakerMaster::encodeSetDelayRequest,
-                [](Rng& g, auto& r) { fill(r.delay, [&] { return real(g, 0, 20); }); }),
-        message(&VekSpeakerMaster::encodeSetStylePatternRequest,
-                [](Rng& g, auto& r) {
-                    r.channel = channel(g);
-                    r.style = between(g, 0, 7);
-                }),
-        message(&VekSpeakerMaster::encodeSetSinePatternRequest,
-                [](Rng& g, auto& r) {
-                    r.channel = channel(g);
-                    r.frequency = between(g, 20, 20000);
-                }),
-        message(&VekEqV2Master::encodeGetEnableRequest),
-        message(&VekEqV2Master::encodeSetEnableRequest, enable),
-        message(&VekEqV2Master::encodeGetBandCountRequest),
-        message(&VekEqV2Master::encodeSetBandCountRequest,
-                [](Rng& g, auto& r) { fill(r.bandCount, [&] { return between(g, 0, 20); }); }),
-        message(&VekEqV2Master::encodeGetBandConfigRequest, band),
-        message(&VekEqV2Master::encodeSetBandConfigRequest, bandConfig),
-        message(&VekHfeMaster::encodeGetEnableRequest),
-        message(&VekHfeMaster::encodeSetEnableRequest, enable),
-        message(&VekHfeMaster::encodeGetChannelConfigRequest, pickChannel),
-        message(&VekHfeMaster::encodeSetChannelConfigRequest,
-                [](Rng& g, auto& r) {
-                    r.channel = channel(g);
-                    r.flag1 = coin(g);
-                    r.flag2 = coin(g);
-                    r.flag3 = coin(g);
-                    r.value = real(g, -12, 12);
-                }),
-        message(&VekVbMaster::encodeGetEnableRequest),
-        message(&VekVbMaster::encodeSetEnableRequest, enable),
-        message(&VekVbMaster::encodeGetChannelConfigRequest, pickChannel),
-        message(&VekVbMaster::encodeSetChannelConfigRequest,
-                [](Rng& g, auto& r) {
-                    r.channel = channel(g);
-                    r.flag = coin(g);
-                    r.number = between(g, 0, 1000);
-                    fill(r.params, [&] { return real(g, -100, 100); });
-                }),
-        message(&VekReverbMaster::encodeGetEnableRequest),
-        message(&VekReverbMaster::encodeGetModeRequest),
-        message(&VekReverbMaster::encodeSetModeRequest,
-                [](Rng& g, auto& r) { r.mode = between(g, 0, 7); }),
-    };
+    char* end = nullptr;
+    const long whole = std::strtol(sample.c_str(), &end, 10);
+    if (!sample.empty() && *end == '\0') {
+        const auto value = static_cast<int32_t>(whole);
+        return std::to_string(between(rng, std::min(value, 0), std::max(value, 0)));
+    }
+    const float real = std::strtof(sample.c_str(), &end);
+    if (sample.empty() || *end != '\0') {
+        return sample;
+    }
+    const auto quarters = static_cast<int32_t>(real * 4);
+    char text[32];
+    std::snprintf(
+        text, sizeof(text), "%g",
+        static_cast<float>(between(rng, std::min(quarters, 0), std::max(quarters, 0))) / 4);
+    return text;
 }
 
 // Noise never holds 'A': the daemon looks for the magic "AS" between frames, so any
@@ -247,7 +134,6 @@ TEST(SoakTest, EveryRequestIsAnsweredOnceInOrderAndMemoryStaysFlat) {
 
     const SmallFile file;
     ASSERT_TRUE(file.written);
-    const std::vector<Message> messages = allMessages(file.path);
 
     DaemonHarness daemon({{"--reverb"}, ""});
     // Features are announced after the greeting, and the first read follows them.
@@ -257,13 +143,18 @@ TEST(SoakTest, EveryRequestIsAnsweredOnceInOrderAndMemoryStaysFlat) {
     for (const std::string& line : daemon.lines("[AST][INF]Support feature(")) {
         announced.insert(line.substr(26, line.size() - 28));
     }
+    // Every message of every feature served with --reverb and the default EqV2.
+    std::vector<const SampleRequests::Request*> messages;
     std::set<std::string> covered;
-    for (const Message& m : messages) {
-        covered.insert(m.feature);
+    for (const SampleRequests::Request& r : SampleRequests::all()) {
+        if (announced.count(r.feature) != 0) {
+            messages.push_back(&r);
+            covered.insert(r.feature);
+        }
     }
     ASSERT_EQ(covered, announced);
 
-    std::deque<const Message*> inFlight;
+    std::deque<const SampleRequests::Request*> inFlight;
     std::string bytes;
     uint32_t sent = 0;
     uint32_t expectedNumber = 1;
@@ -275,20 +166,24 @@ TEST(SoakTest, EveryRequestIsAnsweredOnceInOrderAndMemoryStaysFlat) {
             bytes.clear();
             for (; inFlight.size() < kWindow && sent < kRequests; ++sent) {
                 const int32_t last = static_cast<int32_t>(messages.size()) - 1;
-                const Message& m = messages[static_cast<size_t>(between(rng, 0, last))];
-                std::stringstream frame;
-                m.encode(rng, sent % 65535 + 1, frame);
+                const SampleRequests::Request* m =
+                    messages[static_cast<size_t>(between(rng, 0, last))];
+                std::vector<std::string> fields;
+                for (const std::string& arg : m->args) {
+                    fields.push_back(vary(rng, arg));
+                }
+                const std::string path = coin(rng) ? file.path : std::string(file.path) + ".absent";
                 appendNoise(rng, bytes);
-                bytes += frame.str();
-                inFlight.push_back(&m);
+                bytes += m->frame(sent % 65535 + 1, fields, path);
+                inFlight.push_back(m);
             }
             sendChunked(daemon, rng, bytes);
         }
         const std::vector<std::string> header = headerOf(daemon.nextFrame(10s));
-        const Message& m = *inFlight.front();
+        const SampleRequests::Request& m = *inFlight.front();
         inFlight.pop_front();
         ASSERT_EQ(header, (std::vector<std::string>{std::to_string(expectedNumber), "0", m.feature,
-                                                    m.response, "OK"}))
+                                                    m.message + "Response", "OK"}))
             << "answer " << answered + 1 << ", seed " << runSeed;
         expectedNumber = expectedNumber == 65535 ? 1 : expectedNumber + 1;
         if (answered + 1 == kWarmUp) {

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -121,6 +122,22 @@ std::vector<std::string> DaemonHarness::lines(const std::string& prefix) const {
 
 void DaemonHarness::send(const std::string& bytes) {
     writeAll(master_, bytes);
+}
+
+bool DaemonHarness::waitUntilTaken(milliseconds timeout) const {
+    // The pty hands written bytes to the slave's queue a moment later, so the queue
+    // must stay empty for a while before everything counts as read.
+    const auto deadline = steady_clock::now() + timeout;
+    int emptyPolls = 0;
+    while (emptyPolls < 5 && steady_clock::now() < deadline) {
+        int queued = 0;
+        if (ioctl(slave_, FIONREAD, &queued) != 0) {
+            return false;
+        }
+        emptyPolls = queued == 0 ? emptyPolls + 1 : 0;
+        std::this_thread::sleep_for(milliseconds(20));
+    }
+    return emptyPolls >= 5;
 }
 
 std::string DaemonHarness::drain(milliseconds timeout) {

@@ -34,6 +34,9 @@ public:
     std::vector<std::string> lines(const std::string& prefix) const;
 
     void send(const std::string& bytes);
+    // Waits until the daemon has read every byte sent so far; false on timeout. Bytes
+    // sent after it returns come to the daemon in reads of their own.
+    bool waitUntilTaken(std::chrono::milliseconds timeout = std::chrono::milliseconds(5000)) const;
     // The next complete frame from the daemon (the greeting and stray bytes are
     // skipped), or "" when none arrives in time.
     std::string nextFrame(std::chrono::milliseconds timeout = std::chrono::milliseconds(3000));

@@ -6,19 +6,16 @@
 #include <cstring>
 
 #include "VekLineSettings.h"
+#include "VekOption.h"
 #include "VekScriptReader.h"
 
 namespace vekmaster {
 
+using vekprotocol::VekOption;
+
 namespace {
 
 constexpr long kMaxTimeoutMs = 3600000;
-
-// The value behind a prefix, when arg starts with it.
-const char* after(const char* arg, const char* prefix) {
-    const size_t n = std::strlen(prefix);
-    return std::strncmp(arg, prefix, n) == 0 ? arg + n : nullptr;
-}
 
 // The whole text as a decimal number in [low, high].
 bool readNumber(const char* text, long low, long high, long& value) {
@@ -53,11 +50,11 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             dryRun = true;
         } else if (std::strcmp(arg, "--bypass") == 0) {
             bypass = true;
-        } else if ((value = after(arg, "--device=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--device=")) != nullptr) {
             devices.emplace_back(value);
-        } else if ((value = after(arg, "--devices=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--devices=")) != nullptr) {
             devicesFile = value;
-        } else if ((value = after(arg, "--baudRate=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--baudRate=")) != nullptr) {
             speed_t speed = 0;
             if (!readNumber(value, 0, INT32_MAX, number) ||
                 !vektransport::VekLineSettings::speedFor(static_cast<int32_t>(number), speed)) {
@@ -65,20 +62,20 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
                        vektransport::VekLineSettings::rates() + ")";
             }
             baudRate = static_cast<int32_t>(number);
-        } else if ((value = after(arg, "--timeout=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--timeout=")) != nullptr) {
             if (!readNumber(value, 1, kMaxTimeoutMs, number)) {
                 return std::string("--timeout=") + value +
                        " is not a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) +
                        ")";
             }
             timeoutMs = static_cast<int>(number);
-        } else if ((value = after(arg, "--script=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--script=")) != nullptr) {
             script = value;
-        } else if ((value = after(arg, "--launch=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--launch=")) != nullptr) {
             launch = value;
-        } else if ((value = after(arg, "--log=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--log=")) != nullptr) {
             log = value;
-        } else if ((value = after(arg, "--output=")) != nullptr) {
+        } else if ((value = VekOption::valueAfter(arg, "--output=")) != nullptr) {
             output = value;
         } else {
             return std::string("unknown option ") + arg;

@@ -188,6 +188,72 @@ TEST_F(FrameHubTest, OversizedFrameIsDiscardedAndLinkKeepsWorking) {
     EXPECT_EQ(sink.lines.size(), 3u);
 }
 
+// A VersionRequest whose raw data makes the whole frame exactly 40960 bytes.
+std::string fullSizeFrame() {
+    const std::string head = "AS:9:0:Common:VersionRequest:40914:OK:<M1.0>:\n";
+    return head + std::string(40914, 'v');
+}
+
+TEST_F(FrameHubTest, ChunkThatDoesNotFitIsDroppedAndThePartialFrameKept) {
+    const std::string frame = fullSizeFrame();
+    ASSERT_EQ(frame.size(), VekFrameHub::kCacheSize);
+    const std::string next = "AS:9:0:Gain:GetFadeBalanceRequest:0:OK:\n";
+    feed(frame.substr(0, 40900));
+    feed(frame.substr(40900) + next);
+    ASSERT_EQ(sink.lines.size(), 1u);
+    EXPECT_EQ(sink.lines[0], "There is not enough buffer to cache data(40960 < 40900 + 100).\n");
+    EXPECT_TRUE(common.frames.empty());
+    EXPECT_TRUE(gain.frames.empty()) << "nothing of the dropped chunk is dispatched";
+    EXPECT_EQ(hub->cachedLength(), 40900u);
+    EXPECT_EQ(hub->state(), VekFrameHub::ReadRawData);
+    EXPECT_EQ(hub->rawDataLength(), 60);
+
+    // The missing bytes make the cache exactly full: taken, and the frame completes.
+    feed(frame.substr(40900));
+    ASSERT_EQ(common.frames.size(), 1u);
+    EXPECT_EQ(common.frames[0].frame, frame);
+    EXPECT_EQ(hub->cachedLength(), 0u);
+    feed(next);
+    EXPECT_EQ(gain.frames.size(), 1u);
+}
+
+TEST_F(FrameHubTest, SecondChunkInARowThatDoesNotFitGivesTheFrameUp) {
+    const std::string frame = fullSizeFrame();
+    const std::string next = "AS:9:0:Gain:GetFadeBalanceRequest:0:OK:\n";
+    feed(frame.substr(0, 40950));
+    feed(std::string(20, 'x'));
+    EXPECT_EQ(hub->cachedLength(), 40950u);
+    // Traffic that never fits the 10 bytes left must not keep the link deaf.
+    feed(next);
+    ASSERT_EQ(sink.lines.size(), 3u);
+    EXPECT_EQ(sink.lines[1], "There is not enough buffer to cache data(40960 < 40950 + 40).\n");
+    EXPECT_EQ(sink.lines[2], "\n+RECV-" + next + "-RECV\n\n");
+    ASSERT_EQ(gain.frames.size(), 1u) << "the chunk starts the search afresh";
+    EXPECT_TRUE(common.frames.empty());
+    EXPECT_EQ(hub->cachedLength(), 0u);
+}
+
+TEST_F(FrameHubTest, FrameThatCannotEndInsideTheCacheIsGivenUpAtOnce) {
+    // 100 stray bytes ahead of the frame leave too little room for its raw data.
+    const std::string frame = fullSizeFrame();
+    feed(std::string(100, '#') + frame.substr(0, 40800));
+    EXPECT_EQ(hub->state(), VekFrameHub::ReadRawData);
+    feed(frame.substr(40800, 100));
+    ASSERT_EQ(sink.lines.size(), 1u);
+    EXPECT_EQ(hub->state(), VekFrameHub::SearchMagic);
+    EXPECT_EQ(hub->cachedLength(), 100u);
+    feed(kVersion);
+    EXPECT_EQ(common.frames.size(), 1u);
+
+    // A header line that fills the whole cache can never end either.
+    sink.lines.clear();
+    feed("AS:" + std::string(VekFrameHub::kCacheSize - 3, '1'));
+    EXPECT_EQ(hub->state(), VekFrameHub::ReadHeader);
+    feed(kVersion);
+    ASSERT_EQ(sink.lines.size(), 2u) << "the overflow, then the dump of the request";
+    EXPECT_EQ(common.frames.size(), 2u);
+}
+
 TEST_F(FrameHubTest, InvalidFeedIsReportedAtLevelOne) {
     hub->feed(nullptr, 3);
     hub->feed("x", 0);

@@ -2,7 +2,7 @@
 
 #include "AudioSim.h"
 #include "ChannelTable.h"
-#include "VekEffectProbe.h"
+#include "VekEffectProbes.h"
 #include "VekParamBuffer.h"
 
 using namespace vekserver;
@@ -51,15 +51,14 @@ TEST(ParamBufferTest, RecordsAreLittleEndianAndReadBackStaysInside) {
 
 class ProbeTest : public ::testing::Test {
 protected:
-    void SetUp() override { resetEffectProbes(); }
-    void TearDown() override { resetEffectProbes(); }
     std::string probeAll(bool& eq, bool& hfe, bool& vb) {
         testing::internal::CaptureStdout();
-        eq = isEqSupported();
-        hfe = isHfeSupported();
-        vb = isVbSupported();
+        eq = probes.isEqSupported();
+        hfe = probes.isHfeSupported();
+        vb = probes.isVbSupported();
         return testing::internal::GetCapturedStdout();
     }
+    VekEffectProbes probes;
 };
 
 TEST_F(ProbeTest, PresentEffectsAreSwitchedOnOnceAndTheAnswerIsKept) {
@@ -94,7 +93,7 @@ TEST_F(ProbeTest, FailuresMarkEffectsAbsentOrKeepThemPresent) {
     EXPECT_FALSE(hfe);
     EXPECT_TRUE(vb);
 
-    resetEffectProbes();
+    probes = VekEffectProbes();
     AudioSim::reset("null=App");
     EXPECT_EQ(probeAll(eq, hfe, vb), "");
     EXPECT_FALSE(eq || hfe || vb);
