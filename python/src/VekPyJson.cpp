@@ -68,8 +68,16 @@ VekPyJson::Json VekPyJson::toJson(py::handle value) {
     if (PyObject_HasAttrString(value.ptr(), "__float__")) {
         return py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>();
     }
-    throw py::value_error("a " + std::string(Py_TYPE(value.ptr())->tp_name) +
+    throw py::value_error("a value of type " + std::string(Py_TYPE(value.ptr())->tp_name) +
                           " is not a number, string, bool, list or dict");
+}
+
+VekPyJson::Json VekPyJson::toJson(py::handle value, const std::string& what) {
+    try {
+        return toJson(value);
+    } catch (const py::value_error& e) {
+        throw py::value_error(what + ": " + e.what());
+    }
 }
 
 py::object VekPyJson::toPython(const Json& value) {

@@ -2,6 +2,8 @@
 
 #include <pybind11/pybind11.h>
 
+#include <string>
+
 #include "VekValueJson.h"
 
 namespace vekpython {
@@ -17,6 +19,8 @@ public:
     // __index__ counts as an int and one with __float__ as a float (numpy scalars).
     // Throws pybind11::value_error for anything else.
     static Json toJson(pybind11::handle value);
+    // The same, the error naming what the value is: "the document: a value of type ...".
+    static Json toJson(pybind11::handle value, const std::string& what);
     static pybind11::object toPython(const Json& value);
 };
 

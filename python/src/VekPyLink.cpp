@@ -85,8 +85,9 @@ py::tuple replyTuple(const VekMasterReply& reply, const VekMasterMessage& messag
             value.push_back(VekValueJson::fromPart(part));
         }
         asBase(value, base);
-        fields[py::str(field.name)] =
-            VekPyJson::toPython(field.many ? value : value.empty() ? Json() : value[0]);
+        fields[py::str(field.name)] = VekPyJson::toPython(field.many      ? value
+                                                          : value.empty() ? Json()
+                                                                          : value[0]);
     }
     py::object raw = streamed ? py::object(py::none()) : py::object(py::bytes(reply.rawData));
     return py::make_tuple(reply.feature, reply.message, reply.fail ? "NG" : "OK", reply.self,
@@ -126,8 +127,8 @@ std::string check(const VekSetting& setting, Json& value, bool& partial) {
         }
         for (const auto& member : value.items()) {
             if (!vekmaster::VekNames::contains(channels, member.key())) {
-                return "unknown channel " + member.key() + " (channels: " +
-                       vekmaster::VekNames::join(channels) + ")";
+                return "unknown channel " + member.key() +
+                       " (channels: " + vekmaster::VekNames::join(channels) + ")";
             }
             const std::string problem = VekSettingItem::texts(setting, member.value(), texts);
             if (!problem.empty()) {
@@ -159,7 +160,8 @@ std::string textsOf(const VekSetting& setting, const Json& value, VekSettingItem
     out.assign(1, {});
     for (const std::string& channel : VekSettingsTable::channels()) {
         VekSettingItem::Texts one;
-        const std::string problem = VekSettingItem::texts(setting, value.value(channel, Json()), one);
+        const std::string problem =
+            VekSettingItem::texts(setting, value.value(channel, Json()), one);
         if (!problem.empty()) {
             return channel + ' ' + problem;
         }
@@ -193,14 +195,6 @@ VekSettingItem::Key keyOf(const VekSetting& setting, const std::string& channel,
                               std::to_string(VekSettingsTable::kMaxBands - 1));
     }
     return {perChannel ? channel : "", setting.range == Range::PerBand ? band : -1};
-}
-
-Json toJson(py::handle value, const std::string& what) {
-    try {
-        return VekPyJson::toJson(value);
-    } catch (const py::value_error& e) {
-        throw py::value_error(what + ": " + e.what());
-    }
 }
 
 }  // namespace
@@ -325,8 +319,8 @@ py::tuple VekPyLink::request(const std::string& feature, const std::string& name
     }
     Json values = Json::array();
     for (size_t i = 0; i < args.size(); ++i) {
-        values.push_back(toJson(args[i], feature + ' ' + name + ": argument " +
-                                             std::to_string(i + 1)));
+        values.push_back(VekPyJson::toJson(
+            args[i], feature + ' ' + name + ": argument " + std::to_string(i + 1)));
     }
     vekprotocol::VekFields wire;
     const std::string problem = VekPyArgs::read(*message, values, wire);
@@ -367,8 +361,8 @@ py::tuple VekPyLink::read(const std::string& feature, const std::string& name,
     if (!reply.answered()) {
         raise(reply);
     }
-    py::object value = reply.outcome == Outcome::Ok ? VekPyJson::toPython(item(s, reply))
-                                                    : py::object(py::none());
+    py::object value =
+        reply.outcome == Outcome::Ok ? VekPyJson::toPython(item(s, reply)) : py::object(py::none());
     return py::make_tuple(replyTuple(reply, *s.get, false), value);
 }
 
@@ -380,7 +374,7 @@ py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
     }
     const VekSettingItem::Key key = keyOf(s, channel, band);
     const std::string label = VekSettingItem::label(s, key);
-    Json given = toJson(value, label);
+    Json given = VekPyJson::toJson(value, label);
     bool partial = false;
     std::string problem = check(s, given, partial);
     if (!problem.empty()) {
@@ -422,8 +416,8 @@ Json VekPyLink::readDevice(const Json* only, std::string* version,
         if (session_) {
             vekmaster::VekDeviceReader reader(*session_, *table_);
             int missing = 0;
-            read = reader.identify(*version, *served) &&
-                   reader.read(*served, only, settings, missing);
+            read =
+                reader.identify(*version, *served) && reader.read(*served, only, settings, missing);
             if (!read) {
                 stopped = reader.stopped();
             }
@@ -444,7 +438,7 @@ py::object VekPyLink::readSettings(py::handle only) {
     if (only.is_none()) {
         return VekPyJson::toPython(readDevice(nullptr, &version, &served));
     }
-    const Json settings = toJson(only, "settings");
+    const Json settings = VekPyJson::toJson(only, "settings");
     return VekPyJson::toPython(readDevice(&settings, &version, &served));
 }
 
@@ -452,13 +446,13 @@ py::object VekPyLink::snapshot() {
     std::string version;
     std::vector<std::string> served;
     Json settings = readDevice(nullptr, &version, &served);
-    return VekPyJson::toPython(vekmaster::VekTuningDocument::make(*table_, device_, version, served,
-                                                                  std::move(settings)));
+    return VekPyJson::toPython(
+        vekmaster::VekTuningDocument::make(*table_, device_, version, served, std::move(settings)));
 }
 
 py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
     session();
-    const Json doc = toJson(document, "the document");
+    const Json doc = VekPyJson::toJson(document, "the document");
     const std::string problem = vekmaster::VekTuningDocument::check(*table_, doc);
     if (!problem.empty()) {
         throw py::value_error(problem);

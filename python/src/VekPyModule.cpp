@@ -83,8 +83,9 @@ py::list settings() {
 }  // namespace
 
 PYBIND11_MODULE(_vektuner, m) {
-    m.doc() = "The vek_tuner master library (message catalogue, sessions, settings table, "
-              "tuning documents); used through the package vektuner.";
+    m.doc() =
+        "The vek_tuner master library (message catalogue, sessions, settings table, "
+        "tuning documents); used through the package vektuner.";
 
     py::register_exception_translator([](std::exception_ptr failure) {
         try {
@@ -103,12 +104,13 @@ PYBIND11_MODULE(_vektuner, m) {
     m.attr("max_bands") = VekSettingsTable::kMaxBands;
     m.attr("document_format") = VekTuningDocument::kFormat;
     m.def("check", [](py::handle document) {
-        return VekTuningDocument::check(shared().table, VekPyJson::toJson(document));
+        return VekTuningDocument::check(shared().table,
+                                        VekPyJson::toJson(document, "the document"));
     });
     m.def("diff", [](py::handle a, py::handle b) {
         py::list list;
-        for (const VekTuningDiff::Difference& d :
-             VekTuningDiff::compare(shared().table, VekPyJson::toJson(a), VekPyJson::toJson(b))) {
+        for (const VekTuningDiff::Difference& d : VekTuningDiff::compare(
+                 shared().table, VekPyJson::toJson(a, "a"), VekPyJson::toJson(b, "b"))) {
             list.append(py::make_tuple(d.label, VekPyJson::toPython(d.aValue),
                                        VekPyJson::toPython(d.bValue), VekTuningDiff::line(d)));
         }
