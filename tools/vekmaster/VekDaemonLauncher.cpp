@@ -48,12 +48,14 @@ int openLog(const std::string& logPath, std::string& usedLog) {
 // This process's environment with entries (NAME=VALUE) put in or replacing theirs.
 std::vector<std::string> environmentWith(const std::vector<std::string>& entries) {
     std::vector<std::string> out;
-    const auto named = [](const std::string& entry) { return entry.substr(0, entry.find('=') + 1); };
+    const auto named = [](const std::string& entry) {
+        return entry.substr(0, entry.find('=') + 1);
+    };
     for (char** at = environ; at != nullptr && *at != nullptr; ++at) {
         const std::string entry = *at;
-        const bool replaced = std::any_of(entries.begin(), entries.end(), [&](const std::string& e) {
-            return named(e) == named(entry);
-        });
+        const bool replaced =
+            std::any_of(entries.begin(), entries.end(),
+                        [&](const std::string& e) { return named(e) == named(entry); });
         if (!replaced) {
             out.push_back(entry);
         }
