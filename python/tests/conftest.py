@@ -2,14 +2,13 @@
 serial cable for Link on a path. The tests run against the build tree
 (PYTHONPATH=build/python, set by CTest)."""
 
-import os
-import select
+import signal
 import subprocess
-import threading
 
 import pytest
 
 import vektuner
+from cable import Cable
 
 # Short enough that a test of silence stays quick, long enough for a loaded machine.
 SHORT_TIMEOUT = 0.5
@@ -55,45 +54,6 @@ def launched(tmp_path):
         each.close()
 
 
-class Cable:
-    """Two pseudo-terminals joined back to back, as a USB-UART cable joins a PC and a
-    device: each end has a path a program opens like a serial port."""
-
-    def __init__(self):
-        self._masters, self._slaves, self.ends = [], [], []
-        for _ in range(2):
-            master, slave = os.openpty()
-            self._masters.append(master)
-            self._slaves.append(slave)
-            self.ends.append(os.ttyname(slave))
-        for fd in self._slaves:
-            import termios
-            import tty
-            tty.setraw(fd, termios.TCSANOW)
-        self._stop = os.pipe()
-        self._thread = threading.Thread(target=self._relay, daemon=True)
-        self._thread.start()
-
-    def _relay(self):
-        peer = {self._masters[0]: self._masters[1], self._masters[1]: self._masters[0]}
-        while True:
-            ready = select.select(self._masters + [self._stop[0]], [], [])[0]
-            if self._stop[0] in ready:
-                return
-            for fd in ready:
-                try:
-                    data = os.read(fd, 65536)
-                except OSError:
-                    continue
-                os.write(peer[fd], data)
-
-    def close(self):
-        os.write(self._stop[1], b"x")
-        self._thread.join()
-        for fd in self._masters + self._slaves + list(self._stop):
-            os.close(fd)
-
-
 @pytest.fixture
 def cabled_daemon(tmp_path):
     """A daemon on one end of a cable; yields the path of the other end."""
@@ -104,7 +64,7 @@ def cabled_daemon(tmp_path):
     try:
         yield cable.ends[1]
     finally:
-        daemon.send_signal(__import__("signal").SIGUSR1)
+        daemon.send_signal(signal.SIGUSR1)
         status = daemon.wait(timeout=10)
         log.close()
         cable.close()
