@@ -6,11 +6,12 @@ relayed by a process of their own) where a separate process opens the line by pa
 
     PYTHONPATH=build/python nice -n 10 /usr/bin/python3 bench/python_requests.py [--requests=N]
 
-Run it on an otherwise idle machine; the figures go with the commit that was measured."""
+Prints a Markdown table, as README shows it."""
 
 import argparse
 import os
 import signal
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -67,16 +68,22 @@ def main():
     parser.add_argument("--requests", type=int, default=5000)
     parser.add_argument("--processes", type=int, default=300,
                         help="requests for the process-per-request runs")
+    parser.add_argument("--repeat", type=int, default=3, help="runs of each; the median counts")
     args = parser.parse_args()
     rows = []
+
+    def measure(name, run):
+        rows.append((name, statistics.median(run() for _ in range(args.repeat))))
+
     with tempfile.TemporaryDirectory() as scratch:
         log = os.path.join(scratch, "daemon.log")
         with vektuner.launch(log=log) as link:
-            rows.append(("Python request(), launched pty", python_requests(link, args.requests, False)))
-            rows.append(("Python link.gain.master, launched pty",
-                         python_requests(link, args.requests, True)))
-        rows.append(("vek_master --script, launched pty",
-                     script_run([f"--launch={DAEMON}", f"--log={log}"], args.requests, scratch)))
+            measure("Python request(), launched pty",
+                    lambda: python_requests(link, args.requests, False))
+            measure("Python link.gain.master, launched pty",
+                    lambda: python_requests(link, args.requests, True))
+        measure("vek_master --script, launched pty",
+                lambda: script_run([f"--launch={DAEMON}", f"--log={log}"], args.requests, scratch))
 
         cable = subprocess.Popen([sys.executable, os.path.join(HERE, "..", "python", "tests",
                                                                "cable.py")],
@@ -87,19 +94,20 @@ def main():
         try:
             time.sleep(0.5)  # its greeting goes to whoever reads the other end first
             with vektuner.Link(master_end) as link:
-                rows.append(("Python request(), cable", python_requests(link, args.requests, False)))
-            rows.append(("vek_master --script, cable",
-                         script_run([f"--device={master_end}"], args.requests, scratch)))
-            rows.append(("vek_master per request, cable",
-                         process_per_request(master_end, args.processes)))
+                measure("Python request(), cable",
+                        lambda: python_requests(link, args.requests, False))
+            measure("vek_master --script, cable",
+                    lambda: script_run([f"--device={master_end}"], args.requests, scratch))
+            measure("vek_master per request, cable",
+                    lambda: process_per_request(master_end, args.processes))
         finally:
             daemon.send_signal(signal.SIGUSR1)
             daemon.wait(timeout=10)
             cable.stdin.close()
             cable.wait(timeout=10)
-    width = max(len(name) for name, _ in rows)
+    print("| how | requests/s (median of %d) |\n|---|---|" % args.repeat)
     for name, value in rows:
-        print(f"{name:<{width}}  {value:10.0f} requests/s")
+        print(f"| {name} | {value:,.0f} |")
 
 
 if __name__ == "__main__":

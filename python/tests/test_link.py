@@ -79,6 +79,13 @@ def test_helpers_refuse_bad_values_before_sending(shared_link, call, message):
     assert shared_link.traffic == before
 
 
+def test_a_helper_called_with_the_wrong_arguments_is_a_type_error(shared_link):
+    with pytest.raises(TypeError, match=r"^EqV2.set_band\(\): missing a required argument: 'band'$"):
+        shared_link.eqv2.set_band("CF")
+    with pytest.raises(TypeError, match="unexpected keyword argument 'value7'"):
+        shared_link.eqv2.set_band("CF", 1, value7=1)
+
+
 def _key(setting):
     return {"one": (), "channel_array": (), "per_channel": ("CF",),
             "per_band": ("CF", 7)}[setting["range"]]

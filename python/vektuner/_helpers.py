@@ -94,7 +94,7 @@ def _method(name, params, returns, doc, body):
         try:
             bound = signature.bind(self, *args, **kwargs)
         except TypeError as e:
-            raise TypeError(f"{type(self).__name__}.{name}{signature}: {e}") from None
+            raise TypeError(f"{type(self).__name__}.{name}(): {e}") from None
         bound.apply_defaults()
         arguments = dict(bound.arguments)
         del arguments["self"]

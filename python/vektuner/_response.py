@@ -33,13 +33,6 @@ class Response:
     def __getitem__(self, name):
         return self.fields[name]
 
-    def __eq__(self, other):
-        if not isinstance(other, Response):
-            return NotImplemented
-        return all(getattr(self, s) == getattr(other, s) for s in self.__slots__)
-
-    __hash__ = None
-
     def __repr__(self):
         fields = " ".join(f"{k}={v!r}" for k, v in self.fields.items())
         raw = f" raw={self.raw_length} bytes" if self.raw_length else ""
