@@ -290,21 +290,27 @@ const VekSetting& VekPyLink::setting(const std::string& feature, const std::stri
     return *found;
 }
 
-VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
-                               vekmaster::VekRawSink* raw) {
-    VekMasterReply reply;
+template <class Work>
+void VekPyLink::withSession(Work&& work) {
     bool closed = false;
     {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
         closed = !session_;
         if (!closed) {
-            reply = session_->request(message, args, raw);
+            work(*session_);
         }
     }
     if (closed) {
         throw VekPyFailure(Kind::Error, "the link is closed");
     }
+}
+
+VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                               vekmaster::VekRawSink* raw) {
+    VekMasterReply reply;
+    withSession(
+        [&](vekmaster::VekMasterSession& session) { reply = session.request(message, args, raw); });
     return reply;
 }
 
@@ -406,26 +412,17 @@ py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
 
 Json VekPyLink::readDevice(const Json* only, std::string* version,
                            std::vector<std::string>* served) {
-    session();
     Json settings;
     VekMasterReply stopped;
     bool read = false;
-    {
-        py::gil_scoped_release nogil;
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (session_) {
-            vekmaster::VekDeviceReader reader(*session_, *table_);
-            int missing = 0;
-            read =
-                reader.identify(*version, *served) && reader.read(*served, only, settings, missing);
-            if (!read) {
-                stopped = reader.stopped();
-            }
-        } else {
-            stopped.outcome = Outcome::RawFailed;
-            stopped.problem = "the link is closed";
+    withSession([&](vekmaster::VekMasterSession& session) {
+        vekmaster::VekDeviceReader reader(session, *table_);
+        int missing = 0;
+        read = reader.identify(*version, *served) && reader.read(*served, only, settings, missing);
+        if (!read) {
+            stopped = reader.stopped();
         }
-    }
+    });
     if (!read) {
         raise(stopped);
     }
@@ -461,16 +458,9 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
     options.dryRun = dryRun;
     options.bypass = bypass;
     vekmaster::VekTuningApply::Result result;
-    {
-        py::gil_scoped_release nogil;
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (session_) {
-            result = vekmaster::VekTuningApply(*session_, *table_).run(doc, options);
-        } else {
-            result.status = vekmaster::VekExitStatus::kIo;
-            result.problem = "the link is closed";
-        }
-    }
+    withSession([&](vekmaster::VekMasterSession& session) {
+        result = vekmaster::VekTuningApply(session, *table_).run(doc, options);
+    });
     if (result.status == vekmaster::VekExitStatus::kNoAnswer) {
         throw VekPyFailure(Kind::Timeout, result.problem);
     }
@@ -482,13 +472,7 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
 
 py::tuple VekPyLink::traffic() {
     vekmaster::VekMasterSession::Traffic traffic;
-    {
-        py::gil_scoped_release nogil;
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (session_) {
-            traffic = session_->traffic();
-        }
-    }
+    withSession([&](vekmaster::VekMasterSession& session) { traffic = session.traffic(); });
     return py::make_tuple(traffic.requests, traffic.bytesSent, traffic.bytesReceived);
 }
 

@@ -64,6 +64,10 @@ private:
     vekmaster::VekMasterSession& session();
     void start(int timeoutMs);
     const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
+    // Runs work(session) with the GIL released and the session held; throws when the
+    // link is closed.
+    template <class Work>
+    void withSession(Work&& work);
     // Sends with the GIL released and the session held; the answer is copied out.
     vekmaster::VekMasterReply send(const vekmaster::VekMasterMessage& message,
                                    const vekprotocol::VekFields& args,
