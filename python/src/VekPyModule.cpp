@@ -102,7 +102,6 @@ PYBIND11_MODULE(_vektuner, m) {
     m.def("settings", &settings);
     m.attr("channels") = VekSettingsTable::channels();
     m.attr("max_bands") = VekSettingsTable::kMaxBands;
-    m.attr("document_format") = VekTuningDocument::kFormat;
     m.def("check", [](py::handle document) {
         return VekTuningDocument::check(shared().table,
                                         VekPyJson::toJson(document, "the document"));
