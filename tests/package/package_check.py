@@ -40,7 +40,7 @@ LINTIAN_KEPT = [
 
 GREETING = b"HELLO!\n"
 REQUEST = b"AS:7:0:Gain:GetMasterRequest:0:OK:\n"
-RESPONSE = b"AS:1:0:Gain:GetMasterResponse:0:OK:<0>:\n"
+RESPONSE = b"AS:1:0:Gain:GetMasterResponse:0:OK:<-12>:\n"
 
 
 class Failure(Exception):
@@ -184,10 +184,50 @@ def cmd_master(args):
                       f"--log={log}", "Gain", "GetMaster"], timeout=60)
         print(result.stdout + result.stderr)
         check(result.returncode == 0, f"vek_master exited with {result.returncode}")
-        check(result.stdout == "masterGain=0\nOK\n", "unexpected answer")
+        check(result.stdout == "masterGain=-12\nOK\n", "unexpected answer")
         check("daemon exited with status 0" in result.stderr, "no orderly stop reported")
         with open(log) as f:
             check("\n+SEND-HELLO!\n-SEND\n" in f.read(), "no greeting in the daemon's log")
+
+
+PYTHON_TRY = """
+import os, sys, vektuner
+print(vektuner.__file__, vektuner.default_daemon())
+assert vektuner.__file__.startswith(sys.argv[1]), "imported from elsewhere"
+with vektuner.launch(sys.argv[2], log=sys.argv[3]) as link:
+    print("gain.master", link.gain.master)
+"""
+
+
+def cmd_python(args):
+    """The extracted Python package: its files, its module built for this machine and
+    stripped, a Depends on the Python it was built for, and, with the extracted daemon,
+    one request from Python."""
+    depends = field(args.master, "Depends")
+    check(re.search(r"python3 \(>= 3\.\d+~\), python3 \(<< 3\.\d+\)", depends),
+          f"Depends does not bound python3: {depends}")
+    with tempfile.TemporaryDirectory() as scratch:
+        root = os.path.join(scratch, "root")
+        extract(args.tuner, root)
+        extract(args.master, root)
+        package = root + args.site + "/vektuner"
+        names = sorted(os.listdir(package))
+        print(f"{args.site}/vektuner: {' '.join(names)}")
+        for wanted in ("__init__.py", "__init__.pyi", "py.typed", "_config.py"):
+            check(wanted in names, f"{wanted} missing")
+        check("__pycache__" not in names, "__pycache__ installed")
+        modules = [n for n in names if n.startswith("_vektuner.") and n.endswith(".so")]
+        check(len(modules) == 1, "no extension module")
+        module = os.path.join(package, modules[0])
+        check(b".symtab" not in open(module, "rb").read(), f"{modules[0]} is not stripped")
+        log = os.path.join(scratch, "daemon.log")
+        env = dict(os.environ, PYTHONPATH=root + args.site, PYTHONDONTWRITEBYTECODE="1")
+        result = run([args.python, "-c", PYTHON_TRY, root + args.site,
+                      root + "/usr/bin/vek_tuner", log], env=env, timeout=60)
+        print(result.stdout + result.stderr)
+        check(result.returncode == 0, "the package did not run")
+        check(result.stdout.splitlines()[-1] == "gain.master -12.0", "unexpected answer")
+        check(" /usr/bin/vek_tuner\n" in result.stdout, "default daemon is not /usr/bin/vek_tuner")
 
 
 # --- systemd unit, udev rule, maintainer scripts --------------------------------------
@@ -382,6 +422,11 @@ def main():
     p = sub.add_parser("master")
     p.add_argument("tuner")
     p.add_argument("master")
+    p = sub.add_parser("python")
+    p.add_argument("tuner")
+    p.add_argument("master")
+    p.add_argument("--site", required=True)
+    p.add_argument("--python", required=True)
     for name in ("unit", "udev", "scripts"):
         sub.add_parser(name).add_argument("deb")
     sub.add_parser("lintian").add_argument("debs", nargs="+")

@@ -156,16 +156,12 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     options.bypass = command.bypass;
     const VekTuningApply::Result applied = VekTuningApply(session_, table_).run(document, options);
     result.status = applied.status;
-    Json changes = Json::array();
+    std::string failed;
     for (const VekTuningApply::Change& change : applied.changes) {
-        changes.push_back({{"setting", change.label}, {"from", change.from}, {"to", change.to}});
         result.out +=
             command.dryRun ? "" : change.label + ": " + change.from + " -> " + change.to + '\n';
     }
-    Json failures = Json::array();
-    std::string failed;
     for (const VekTuningApply::Failure& failure : applied.failures) {
-        failures.push_back({{"setting", failure.label}, {"reason", failure.reason}});
         result.out += failure.label + ": " + failure.reason + '\n';
         failed += (failed.empty() ? "" : ", ") + failure.label;
     }
@@ -190,13 +186,7 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     } else if (!command.dryRun) {
         result.out += result.summary + '\n';
     }
-    result.json["status"] = applied.status == VekExitStatus::kOk ? "OK" : "NG";
-    result.json["requests"] = applied.requests;
-    result.json["changes"] = std::move(changes);
-    result.json["failures"] = std::move(failures);
-    if (!applied.problem.empty()) {
-        result.json["error"] = applied.problem;
-    }
+    result.json = VekTuningApply::json(applied);
     if (json_) {
         result.out = VekValueJson::dump(result.json) + '\n';
     }

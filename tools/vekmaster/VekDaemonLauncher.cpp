@@ -45,6 +45,34 @@ int openLog(const std::string& logPath, std::string& usedLog) {
     return fd;
 }
 
+// This process's environment with entries (NAME=VALUE) put in or replacing theirs.
+std::vector<std::string> environmentWith(const std::vector<std::string>& entries) {
+    std::vector<std::string> out;
+    const auto named = [](const std::string& entry) {
+        return entry.substr(0, entry.find('=') + 1);
+    };
+    for (char** at = environ; at != nullptr && *at != nullptr; ++at) {
+        const std::string entry = *at;
+        const bool replaced =
+            std::any_of(entries.begin(), entries.end(),
+                        [&](const std::string& e) { return named(e) == named(entry); });
+        if (!replaced) {
+            out.push_back(entry);
+        }
+    }
+    out.insert(out.end(), entries.begin(), entries.end());
+    return out;
+}
+
+std::vector<char*> pointers(std::vector<std::string>& words) {
+    std::vector<char*> out;
+    for (std::string& word : words) {
+        out.push_back(word.data());
+    }
+    out.push_back(nullptr);
+    return out;
+}
+
 }  // namespace
 
 VekDaemonLauncher::~VekDaemonLauncher() {
@@ -91,11 +119,10 @@ std::string VekDaemonLauncher::start(const std::string& path, const std::vector<
     std::vector<std::string> words{path};
     words.insert(words.end(), args.begin(), args.end());
     words.push_back(std::string("--device=") + slaveName);
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    std::vector<char*> argv = pointers(words);
+    // Made before the fork: the child may only call what is safe after one.
+    std::vector<std::string> environment = environmentWith(environment_);
+    std::vector<char*> envp = pointers(environment);
 
     pid_ = fork();
     if (pid_ == 0) {
@@ -103,7 +130,7 @@ std::string VekDaemonLauncher::start(const std::string& path, const std::vector<
         dup2(null, STDIN_FILENO);
         dup2(log, STDOUT_FILENO);
         dup2(log, STDERR_FILENO);
-        execv(argv[0], argv.data());
+        execve(argv[0], argv.data(), envp.data());
         _exit(127);
     }
     const int err = errno;

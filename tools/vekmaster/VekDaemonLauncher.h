@@ -17,6 +17,9 @@ public:
     VekDaemonLauncher(const VekDaemonLauncher&) = delete;
     VekDaemonLauncher& operator=(const VekDaemonLauncher&) = delete;
 
+    // Entries NAME=VALUE the daemon gets in its environment on top of this process's
+    // (the simulator's AUDIO_SETTING_SIM, say), without changing this process's own.
+    void setEnvironment(std::vector<std::string> entries) { environment_ = std::move(entries); }
     // Starts path with args and --device= the pty's slave end, its output appended to
     // logPath, or to a new file in $TMPDIR (or /tmp) when logPath is empty; usedLog
     // names the file. "" or the reason it could not start.
@@ -41,6 +44,7 @@ private:
     int slave_ = -1;
     pid_t pid_ = -1;
     std::string device_;
+    std::vector<std::string> environment_;
     std::string report_;
     bool exitedCleanly_ = false;
 };

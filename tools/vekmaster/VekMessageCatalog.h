@@ -32,6 +32,8 @@ public:
 
     // The master endpoint of a feature, or null.
     vekprotocol::VekSerDes* endpoint(const std::string& feature) const;
+    // Every message, feature by feature in the order the endpoints define them.
+    const std::vector<VekMasterMessage>& messages() const { return messages_; }
     // The message "Gain" "SetMaster", or null.
     const VekMasterMessage* find(const std::string& feature, const std::string& name) const;
     // Checks FEATURE MESSAGE ARG... and gives the message and its ARGs; "" or why it

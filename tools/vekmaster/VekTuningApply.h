@@ -47,6 +47,9 @@ public:
 
     // document has passed VekTuningDocument::check.
     Result run(const Json& document, const Options& options);
+    // {"status": "OK"|"NG", "requests": [...], "changes": [{"setting", "from", "to"}],
+    //  "failures": [{"setting", "reason"}], "error": why it stopped (only then)}
+    static Json json(const Result& result);
 
 private:
     struct Wanted {

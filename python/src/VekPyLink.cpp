@@ -1,0 +1,479 @@
+#include "VekPyLink.h"
+
+#include "VekDeviceReader.h"
+#include "VekExitStatus.h"
+#include "VekLineSettings.h"
+#include "VekNames.h"
+#include "VekPyArgs.h"
+#include "VekPyFailure.h"
+#include "VekPyJson.h"
+#include "VekRawFileSink.h"
+#include "VekSettingItem.h"
+#include "VekTuningApply.h"
+#include "VekTuningDocument.h"
+
+namespace vekpython {
+
+namespace py = pybind11;
+
+using vekmaster::VekMasterMessage;
+using vekmaster::VekMasterReply;
+using vekmaster::VekSetting;
+using vekmaster::VekSettingItem;
+using vekmaster::VekSettingsTable;
+using vekmaster::VekValueJson;
+using Json = VekPyLink::Json;
+using Kind = VekPyFailure::Kind;
+using Outcome = VekMasterReply::Outcome;
+using Range = VekSetting::Range;
+
+namespace {
+
+// A daemon starts and stops within a second or two; these only bound a broken one.
+constexpr int kGreetingMs = 10000;
+constexpr int kStopMs = 10000;
+
+[[noreturn]] void raise(const VekMasterReply& reply) {
+    switch (reply.outcome) {
+        case Outcome::Refused:
+            throw py::value_error(reply.problem);
+        case Outcome::NoAnswer:
+            throw VekPyFailure(Kind::Timeout, reply.problem);
+        case Outcome::LineFailed:
+            throw VekPyFailure(Kind::Line, reply.problem);
+        case Outcome::Ok:
+        case Outcome::Ng:
+        case Outcome::RawFailed:
+            break;
+    }
+    throw VekPyFailure(Kind::Error, reply.problem);
+}
+
+// A float field reads as a float in Python even when its wire text is an integer.
+void asBase(Json& value, const std::string& base) {
+    if (value.is_array()) {
+        for (Json& element : value) {
+            asBase(element, base);
+        }
+    } else if (base == "float" && value.is_number_integer()) {
+        value = value.get<double>();
+    }
+}
+
+void typed(const VekSetting& setting, Json& item) {
+    if (setting.value.size() == 1) {
+        asBase(item, setting.value[0].base);
+        return;
+    }
+    for (const auto& slot : setting.value) {
+        const auto found = item.is_object() ? item.find(slot.name) : item.end();
+        if (found != item.end()) {
+            asBase(*found, slot.base);
+        }
+    }
+}
+
+py::tuple replyTuple(const VekMasterReply& reply, const VekMasterMessage& message, bool streamed) {
+    py::dict fields;
+    for (const auto& field : reply.fields) {
+        std::string base;
+        for (const auto& slot : message.answer.slots()) {
+            base = slot.name == field.name ? slot.base : base;
+        }
+        Json value = Json::array();
+        for (const auto& part : field.parts) {
+            value.push_back(VekValueJson::fromPart(part));
+        }
+        asBase(value, base);
+        fields[py::str(field.name)] = VekPyJson::toPython(field.many      ? value
+                                                          : value.empty() ? Json()
+                                                                          : value[0]);
+    }
+    py::object raw = streamed ? py::object(py::none()) : py::object(py::bytes(reply.rawData));
+    return py::make_tuple(reply.feature, reply.message, reply.fail ? "NG" : "OK", reply.self,
+                          fields, raw, reply.rawDataLength);
+}
+
+// A value of every field, for checking the fields a partial value gives.
+Json placeholder(const VekSetting& setting) {
+    Json item = Json::object();
+    for (const auto& slot : setting.value) {
+        const Json one = slot.base == "float"    ? Json(0.0)
+                         : slot.base == "bool"   ? Json(false)
+                         : slot.base == "string" ? Json("x")
+                                                 : Json(0);
+        item[slot.name] = slot.count == 1 ? one : Json(std::vector<Json>(slot.count, one));
+    }
+    return item;
+}
+
+// "" or what is wrong with a value given for a setting; partial when the device's own
+// values must complete it. A ChannelArray's sequence becomes an object by channel.
+std::string check(const VekSetting& setting, Json& value, bool& partial) {
+    const std::vector<std::string>& channels = VekSettingsTable::channels();
+    VekSettingItem::Texts texts;
+    partial = false;
+    if (setting.range == Range::ChannelArray) {
+        if (value.is_array() && value.size() == channels.size()) {
+            Json byChannel = Json::object();
+            for (size_t i = 0; i < channels.size(); ++i) {
+                byChannel[channels[i]] = value[i];
+            }
+            value = std::move(byChannel);
+        }
+        if (!value.is_object()) {
+            return "is not a mapping by channel (" + vekmaster::VekNames::join(channels) +
+                   ") or a sequence of " + std::to_string(channels.size()) + " values";
+        }
+        for (const auto& member : value.items()) {
+            if (!vekmaster::VekNames::contains(channels, member.key())) {
+                return "unknown channel " + member.key() +
+                       " (channels: " + vekmaster::VekNames::join(channels) + ")";
+            }
+            const std::string problem = VekSettingItem::texts(setting, member.value(), texts);
+            if (!problem.empty()) {
+                return member.key() + ' ' + problem;
+            }
+        }
+        partial = value.size() < channels.size();
+        return "";
+    }
+    if (setting.value.size() == 1) {
+        return VekSettingItem::texts(setting, value, texts);
+    }
+    if (!value.is_object()) {
+        return VekSettingItem::texts(setting, value, texts);
+    }
+    Json filled = placeholder(setting);
+    for (const auto& member : value.items()) {
+        filled[member.key()] = member.value();
+    }
+    partial = value.size() < setting.value.size();
+    return VekSettingItem::texts(setting, filled, texts);
+}
+
+// The set message's value texts: a ChannelArray's six channels as one field.
+std::string textsOf(const VekSetting& setting, const Json& value, VekSettingItem::Texts& out) {
+    if (setting.range != Range::ChannelArray) {
+        return VekSettingItem::texts(setting, value, out);
+    }
+    out.assign(1, {});
+    for (const std::string& channel : VekSettingsTable::channels()) {
+        VekSettingItem::Texts one;
+        const std::string problem =
+            VekSettingItem::texts(setting, value.value(channel, Json()), one);
+        if (!problem.empty()) {
+            return channel + ' ' + problem;
+        }
+        out[0].push_back(one[0][0]);
+    }
+    return "";
+}
+
+// The get message's ARGs: the channel and band it is asked for.
+vekprotocol::VekFields keyArgs(const VekSetting& setting, const VekSettingItem::Key& key) {
+    vekprotocol::VekFields args;
+    for (const auto& slot : setting.get->signature.slots()) {
+        if (slot.name == "channel") {
+            args.push_back(key.channel);
+        } else if (slot.name == "band") {
+            args.push_back(std::to_string(key.band));
+        }
+    }
+    return args;
+}
+
+VekSettingItem::Key keyOf(const VekSetting& setting, const std::string& channel, int band) {
+    const bool perChannel = setting.range == Range::PerChannel || setting.range == Range::PerBand;
+    const std::vector<std::string>& channels = VekSettingsTable::channels();
+    if (perChannel && !vekmaster::VekNames::contains(channels, channel)) {
+        throw py::value_error(setting.path() + ": channel '" + channel + "' is not one of " +
+                              vekmaster::VekNames::join(channels));
+    }
+    if (setting.range == Range::PerBand && (band < 0 || band >= VekSettingsTable::kMaxBands)) {
+        throw py::value_error(setting.path() + ": band " + std::to_string(band) + " is not 0 to " +
+                              std::to_string(VekSettingsTable::kMaxBands - 1));
+    }
+    return {perChannel ? channel : "", setting.range == Range::PerBand ? band : -1};
+}
+
+}  // namespace
+
+void VekPyLink::open(const std::string& device, int baudRate, int timeoutMs) {
+    speed_t speed = 0;
+    if (!vektransport::VekLineSettings::speedFor(baudRate, speed)) {
+        throw py::value_error("baud_rate " + std::to_string(baudRate) + " is not one of " +
+                              vektransport::VekLineSettings::rates());
+    }
+    auto line = std::make_unique<vekmaster::VekSerialLine>();
+    std::string problem;
+    {
+        py::gil_scoped_release nogil;
+        problem = line->open(device, baudRate);
+    }
+    if (!problem.empty()) {
+        throw VekPyFailure(Kind::Line, problem);
+    }
+    line_ = std::move(line);
+    device_ = device;
+    start(timeoutMs);
+}
+
+std::string VekPyLink::launch(const std::string& path, const std::vector<std::string>& args,
+                              const std::string& log, const std::vector<std::string>& environment,
+                              int timeoutMs) {
+    auto launcher = std::make_unique<vekmaster::VekDaemonLauncher>();
+    launcher->setEnvironment(environment);
+    std::string used;
+    std::string rest;
+    std::string problem;
+    {
+        py::gil_scoped_release nogil;
+        problem = launcher->start(path, args, log, used);
+        if (problem.empty()) {
+            problem = launcher->awaitGreeting(kGreetingMs, rest);
+        }
+        if (!problem.empty()) {
+            std::string report;
+            launcher->stop(kStopMs, report);
+            problem += report.empty() ? "" : "; " + report;
+        }
+    }
+    if (!problem.empty()) {
+        throw VekPyFailure(Kind::Daemon,
+                           problem + (used.empty() ? "" : " (daemon log: " + used + ')'));
+    }
+    line_ = std::make_unique<vekmaster::VekSerialLine>();
+    line_->adopt(launcher->line());
+    device_ = launcher->device();
+    launcher_ = std::move(launcher);
+    start(timeoutMs);
+    session_->preload(rest);
+    return used;
+}
+
+void VekPyLink::start(int timeoutMs) {
+    session_ = std::make_unique<vekmaster::VekMasterSession>(*line_, timeoutMs);
+    table_ = std::make_unique<VekSettingsTable>(session_->catalog());
+}
+
+py::tuple VekPyLink::close() {
+    bool clean = true;
+    std::string report;
+    {
+        py::gil_scoped_release nogil;
+        std::lock_guard<std::mutex> lock(mutex_);
+        table_.reset();
+        session_.reset();
+        line_.reset();
+        if (launcher_) {
+            clean = launcher_->stop(kStopMs, report);
+            launcher_.reset();
+        }
+    }
+    return py::make_tuple(clean, report);
+}
+
+vekmaster::VekMasterSession& VekPyLink::session() {
+    if (!session_) {
+        throw VekPyFailure(Kind::Error, "the link is closed");
+    }
+    return *session_;
+}
+
+const VekSetting& VekPyLink::setting(const std::string& feature, const std::string& name) {
+    session();
+    const VekSetting* found = table_->find(feature, name);
+    if (found == nullptr) {
+        throw py::value_error("no setting " + feature + '.' + name);
+    }
+    return *found;
+}
+
+template <class Work>
+void VekPyLink::withSession(Work&& work) {
+    bool closed = false;
+    {
+        py::gil_scoped_release nogil;
+        std::lock_guard<std::mutex> lock(mutex_);
+        closed = !session_;
+        if (!closed) {
+            work(*session_);
+        }
+    }
+    if (closed) {
+        throw VekPyFailure(Kind::Error, "the link is closed");
+    }
+}
+
+VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                               vekmaster::VekRawSink* raw) {
+    VekMasterReply reply;
+    withSession(
+        [&](vekmaster::VekMasterSession& session) { reply = session.request(message, args, raw); });
+    return reply;
+}
+
+py::tuple VekPyLink::request(const std::string& feature, const std::string& name,
+                             const py::list& args, const std::string& output) {
+    const vekmaster::VekMessageCatalog& catalog = session().catalog();
+    const VekMasterMessage* message = catalog.find(feature, name);
+    if (message == nullptr) {
+        const VekMasterMessage* none = nullptr;
+        vekprotocol::VekFields unused;
+        throw py::value_error(catalog.prepare({feature, name}, none, unused));
+    }
+    Json values = Json::array();
+    for (size_t i = 0; i < args.size(); ++i) {
+        values.push_back(VekPyJson::toJson(
+            args[i], feature + ' ' + name + ": argument " + std::to_string(i + 1)));
+    }
+    vekprotocol::VekFields wire;
+    const std::string problem = VekPyArgs::read(*message, values, wire);
+    if (!problem.empty()) {
+        throw py::value_error(problem);
+    }
+    std::unique_ptr<vekmaster::VekRawFileSink> file;
+    if (!output.empty()) {
+        file = std::make_unique<vekmaster::VekRawFileSink>(output);
+    }
+    const VekMasterReply reply = send(*message, wire, file.get());
+    if (!reply.answered()) {
+        raise(reply);
+    }
+    return replyTuple(reply, *message, file != nullptr);
+}
+
+Json VekPyLink::item(const VekSetting& setting, const VekMasterReply& reply) const {
+    if (setting.range != Range::ChannelArray) {
+        Json value = VekSettingItem::fromReply(setting, reply, -1);
+        typed(setting, value);
+        return value;
+    }
+    Json value = Json::object();
+    const std::vector<std::string>& channels = VekSettingsTable::channels();
+    for (size_t i = 0; i < channels.size(); ++i) {
+        Json one = VekSettingItem::fromReply(setting, reply, static_cast<int>(i));
+        typed(setting, one);
+        value[channels[i]] = std::move(one);
+    }
+    return value;
+}
+
+py::tuple VekPyLink::read(const std::string& feature, const std::string& name,
+                          const std::string& channel, int band) {
+    const VekSetting& s = setting(feature, name);
+    const VekMasterReply reply = send(*s.get, keyArgs(s, keyOf(s, channel, band)));
+    if (!reply.answered()) {
+        raise(reply);
+    }
+    py::object value =
+        reply.outcome == Outcome::Ok ? VekPyJson::toPython(item(s, reply)) : py::object(py::none());
+    return py::make_tuple(replyTuple(reply, *s.get, false), value);
+}
+
+py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
+                           const std::string& channel, int band, py::handle value) {
+    const VekSetting& s = setting(feature, name);
+    if (s.set == nullptr) {
+        throw py::value_error(s.path() + " can only be read");
+    }
+    const VekSettingItem::Key key = keyOf(s, channel, band);
+    const std::string label = VekSettingItem::label(s, key);
+    Json given = VekPyJson::toJson(value, label);
+    bool partial = false;
+    std::string problem = check(s, given, partial);
+    if (!problem.empty()) {
+        throw py::value_error(label + ": " + problem);
+    }
+    Json whole = given;
+    if (partial) {
+        const VekMasterReply current = send(*s.get, keyArgs(s, key));
+        if (!current.answered()) {
+            raise(current);
+        }
+        if (current.outcome == Outcome::Ng) {
+            return replyTuple(current, *s.get, false);
+        }
+        whole = item(s, current);
+        whole.update(given);
+    }
+    VekSettingItem::Texts texts;
+    problem = textsOf(s, whole, texts);
+    if (!problem.empty()) {
+        throw VekPyFailure(Kind::Error, label + ": the device's value " + problem);
+    }
+    const VekMasterReply reply = send(*s.set, VekSettingItem::args(s, key, texts));
+    if (!reply.answered()) {
+        raise(reply);
+    }
+    return replyTuple(reply, *s.set, false);
+}
+
+Json VekPyLink::readDevice(const Json* only, std::string* version,
+                           std::vector<std::string>* served) {
+    Json settings;
+    VekMasterReply stopped;
+    bool read = false;
+    withSession([&](vekmaster::VekMasterSession& session) {
+        vekmaster::VekDeviceReader reader(session, *table_);
+        int missing = 0;
+        read = reader.identify(*version, *served) && reader.read(*served, only, settings, missing);
+        if (!read) {
+            stopped = reader.stopped();
+        }
+    });
+    if (!read) {
+        raise(stopped);
+    }
+    return settings;
+}
+
+py::object VekPyLink::readSettings(py::handle only) {
+    std::string version;
+    std::vector<std::string> served;
+    if (only.is_none()) {
+        return VekPyJson::toPython(readDevice(nullptr, &version, &served));
+    }
+    const Json settings = VekPyJson::toJson(only, "settings");
+    return VekPyJson::toPython(readDevice(&settings, &version, &served));
+}
+
+py::object VekPyLink::snapshot() {
+    std::string version;
+    std::vector<std::string> served;
+    Json settings = readDevice(nullptr, &version, &served);
+    return VekPyJson::toPython(
+        vekmaster::VekTuningDocument::make(*table_, device_, version, served, std::move(settings)));
+}
+
+py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
+    session();
+    const Json doc = VekPyJson::toJson(document, "the document");
+    const std::string problem = vekmaster::VekTuningDocument::check(*table_, doc);
+    if (!problem.empty()) {
+        throw py::value_error(problem);
+    }
+    vekmaster::VekTuningApply::Options options;
+    options.dryRun = dryRun;
+    options.bypass = bypass;
+    vekmaster::VekTuningApply::Result result;
+    withSession([&](vekmaster::VekMasterSession& session) {
+        result = vekmaster::VekTuningApply(session, *table_).run(doc, options);
+    });
+    if (result.status == vekmaster::VekExitStatus::kNoAnswer) {
+        throw VekPyFailure(Kind::Timeout, result.problem);
+    }
+    if (result.status == vekmaster::VekExitStatus::kIo) {
+        throw VekPyFailure(Kind::Line, result.problem);
+    }
+    return VekPyJson::toPython(vekmaster::VekTuningApply::json(result));
+}
+
+py::tuple VekPyLink::traffic() {
+    vekmaster::VekMasterSession::Traffic traffic;
+    withSession([&](vekmaster::VekMasterSession& session) { traffic = session.traffic(); });
+    return py::make_tuple(traffic.requests, traffic.bytesSent, traffic.bytesReceived);
+}
+
+}  // namespace vekpython

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "VekDaemonLauncher.h"
+#include "VekMasterSession.h"
+#include "VekSerialLine.h"
+#include "VekSettingsTable.h"
+#include "VekValueJson.h"
+
+namespace vekpython {
+
+// One line to a device for Python: the master library's session on a serial line or on
+// a launched daemon's pseudo-terminal, with the settings table over it. Every wait on
+// the line happens with the GIL released; the session is used by one thread at a time.
+//
+// Answers come back as reply tuples (feature, message, status, self, fields, raw,
+// rawDataLength) for vektuner.Response. An answer that did not come raises
+// vektuner.Timeout, a failed line vektuner.LineError, arguments that do not fit
+// ValueError (before anything is sent).
+class VekPyLink {
+public:
+    using Json = vekmaster::VekValueJson::Json;
+
+    VekPyLink() = default;
+    VekPyLink(const VekPyLink&) = delete;
+    VekPyLink& operator=(const VekPyLink&) = delete;
+
+    void open(const std::string& device, int baudRate, int timeoutMs);
+    // Starts the daemon on a pseudo-terminal and waits for its greeting; the daemon's
+    // log file.
+    std::string launch(const std::string& path, const std::vector<std::string>& args,
+                       const std::string& log, const std::vector<std::string>& environment,
+                       int timeoutMs);
+    // Stops a launched daemon (SIGUSR1) and closes the line: (exited with 0, how it ended).
+    pybind11::tuple close();
+
+    // Any message; its raw data into the reply, or streamed to the file output.
+    pybind11::tuple request(const std::string& feature, const std::string& name,
+                            const pybind11::list& args, const std::string& output);
+    // One value of a setting of the table: (reply, value); the value is None unless OK.
+    // channel and band name the value for settings per channel and band ("" and -1 else).
+    pybind11::tuple read(const std::string& feature, const std::string& name,
+                         const std::string& channel, int band);
+    // Sets one value: a value of several fields, or of all channels, may be partial; the
+    // rest is read from the device first. The reply of the request that decided.
+    pybind11::tuple write(const std::string& feature, const std::string& name,
+                          const std::string& channel, int band, pybind11::handle value);
+    // The settings of the served features (only None), or those a document's settings hold.
+    pybind11::object readSettings(pybind11::handle only);
+    pybind11::object snapshot();
+    pybind11::object apply(pybind11::handle document, bool dryRun, bool bypass);
+
+    // (requests, bytes sent, bytes received)
+    pybind11::tuple traffic();
+    const std::string& device() const { return device_; }
+
+private:
+    vekmaster::VekMasterSession& session();
+    void start(int timeoutMs);
+    const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
+    // Runs work(session) with the GIL released and the session held; throws when the
+    // link is closed.
+    template <class Work>
+    void withSession(Work&& work);
+    // Sends with the GIL released and the session held; the answer is copied out.
+    vekmaster::VekMasterReply send(const vekmaster::VekMasterMessage& message,
+                                   const vekprotocol::VekFields& args,
+                                   vekmaster::VekRawSink* raw = nullptr);
+    // What the device answered a get of the setting, as a document holds it.
+    Json item(const vekmaster::VekSetting& setting, const vekmaster::VekMasterReply& reply) const;
+    // Reads the device's settings; throws when it stops answering.
+    Json readDevice(const Json* only, std::string* version, std::vector<std::string>* served);
+
+    std::mutex mutex_;
+    std::unique_ptr<vekmaster::VekDaemonLauncher> launcher_;
+    std::unique_ptr<vekmaster::VekSerialLine> line_;
+    std::unique_ptr<vekmaster::VekMasterSession> session_;
+    std::unique_ptr<vekmaster::VekSettingsTable> table_;
+    std::string device_;
+};
+
+}  // namespace vekpython
