@@ -16,6 +16,7 @@
 #include "VekMasterOptions.h"
 #include "VekMasterSession.h"
 #include "VekScriptReader.h"
+#include "VekSessionAccess.h"
 #include "VekSerialLine.h"
 
 using namespace vekmaster;
@@ -218,7 +219,9 @@ void showProgress(VekMasterSession& session) {
 void runCommands(VekMasterSession& session, const VekMasterOptions& options,
                  const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
     const auto start = Clock::now();
-    VekCommandRunner runner(session, run.device, options.json, several);
+    const VekSettingsTable table(session.catalog());
+    VekSessionAccess access(session, table, run.device);
+    VekCommandRunner runner(access, session.catalog(), run.device, options.json, several);
     const bool script = !options.script.empty();
     if (!several) {
         showProgress(session);
