@@ -30,7 +30,7 @@ std::string header(const http::request<http::string_body>& request, http::field 
 }  // namespace
 
 VekHttpSession::VekHttpSession(net::ip::tcp::socket&& socket, VekHttpServer& server)
-    : server_(server), stream_(std::move(socket)) {
+    : server_(server), stream_(std::move(socket)), deadline_(server.io()) {
     boost::system::error_code ec;
     const net::ip::tcp::endpoint peer = stream_.socket().remote_endpoint(ec);
     client_ = ec ? "?" : peer.address().to_string() + ':' + std::to_string(peer.port());
@@ -53,12 +53,25 @@ void VekHttpSession::read() {
     parser_.emplace();
     parser_->body_limit(server_.config().bodyLimit);
     parser_->header_limit(kHeaderLimit);
-    stream_.expires_after(std::chrono::milliseconds(server_.config().clientTimeoutMs));
+    stream_.expires_never();
+    reading_ = true;
+    timedOut_ = false;
+    deadline_.expires_after(std::chrono::milliseconds(server_.config().clientTimeoutMs));
+    deadline_.async_wait([self = shared_from_this()](beast::error_code ec) {
+        if (ec || !self->reading_) {
+            return;
+        }
+        self->timedOut_ = true;
+        beast::error_code ignored;
+        self->stream_.socket().cancel(ignored);
+    });
     http::async_read(stream_, buffer_, *parser_,
                      [self = shared_from_this()](beast::error_code ec, size_t) { self->onRead(ec); });
 }
 
 void VekHttpSession::onRead(beast::error_code ec) {
+    reading_ = false;
+    deadline_.cancel();
     if (finished_) {
         return;
     }
@@ -72,7 +85,7 @@ void VekHttpSession::onRead(beast::error_code ec) {
                         " bytes");
         return;
     }
-    if (ec == beast::error::timeout && parser_->got_some()) {
+    if (timedOut_ && parser_->got_some()) {
         refuse(408, "the request did not come whole within " +
                         std::to_string(server_.config().clientTimeoutMs) + " ms");
         return;
@@ -86,7 +99,6 @@ void VekHttpSession::onRead(beast::error_code ec) {
         finish();
         return;
     }
-    stream_.expires_never();
     handle();
 }
 
@@ -324,6 +336,7 @@ void VekHttpSession::finish() {
     beast::error_code ec;
     stream_.socket().shutdown(net::ip::tcp::socket::shutdown_both, ec);
     stream_.close();
+    deadline_.cancel();
     server_.untrack();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/buffer_body.hpp>
@@ -73,6 +74,11 @@ private:
     bool busy_ = false;     // a request is being answered
     bool closing_ = false;  // no request is read after the answer under way
     bool finished_ = false;
+    // The time a request has to come whole. Not the stream's own expiry, which would
+    // close the socket before a 408 could say why.
+    boost::asio::steady_timer deadline_;
+    bool reading_ = false;
+    bool timedOut_ = false;
 
     std::shared_ptr<boost::beast::http::response<boost::beast::http::string_body>> plain_;
     std::optional<boost::beast::http::response<boost::beast::http::buffer_body>> streamed_;
