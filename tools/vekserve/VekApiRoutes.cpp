@@ -1,5 +1,7 @@
 #include "VekApiRoutes.h"
 
+#include <cctype>
+
 #include "VekExitHttp.h"
 #include "VekRequestBody.h"
 #include "VekStreamSink.h"
@@ -271,7 +273,11 @@ void VekApiRoutes::file(const ExchangePtr& exchange, const Params& params) {
                    return;
                }
                const std::string path = files->parts[static_cast<size_t>(n)].text;
-               const std::string name = path.substr(path.rfind('/') + 1);
+               // A name a header can carry whatever the device calls its file.
+               std::string name = path.substr(path.rfind('/') + 1);
+               for (char& c : name) {
+                   c = std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-' ? c : '_';
+               }
                VekStreamSink stream(
                    exchange, session,
                    {{"Content-Disposition", "attachment; filename=\"" + name + "\""}});

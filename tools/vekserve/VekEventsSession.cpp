@@ -12,12 +12,6 @@ namespace websocket = beast::websocket;
 VekEventsSession::VekEventsSession(net::ip::tcp::socket&& socket, VekHttpServer& server)
     : server_(server), ws_(std::move(socket)) {}
 
-VekEventsSession::~VekEventsSession() {
-    if (subscription_ != 0) {
-        server_.events().unsubscribe(subscription_);
-    }
-}
-
 void VekEventsSession::accept(beast::http::request<beast::http::string_body> request) {
     server_.track(shared_from_this());
     tracked_ = true;

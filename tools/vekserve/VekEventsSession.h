@@ -23,7 +23,6 @@ class VekEventsSession : public VekConnection,
                          public std::enable_shared_from_this<VekEventsSession> {
 public:
     VekEventsSession(boost::asio::ip::tcp::socket&& socket, VekHttpServer& server);
-    ~VekEventsSession() override;
 
     void accept(boost::beast::http::request<boost::beast::http::string_body> request);
     void shutdown() override;

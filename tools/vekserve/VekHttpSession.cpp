@@ -56,6 +56,7 @@ void VekHttpSession::read() {
     stream_.expires_never();
     reading_ = true;
     timedOut_ = false;
+    answered_ = false;
     deadline_.expires_after(std::chrono::milliseconds(server_.config().clientTimeoutMs));
     deadline_.async_wait([self = shared_from_this()](beast::error_code ec) {
         if (ec || !self->reading_) {
@@ -152,6 +153,7 @@ void VekHttpSession::handle() {
 
 void VekHttpSession::refuse(int status, const std::string& why) {
     keepAlive_ = false;
+    linger_ = true;
     busy_ = true;
     answer(status, error(why));
 }
@@ -169,9 +171,10 @@ void VekHttpSession::answerBytes(int status, const std::string& type, std::strin
 }
 
 void VekHttpSession::send(Answer answer) {
-    if (finished_ || !busy_) {
+    if (finished_ || !busy_ || answered_) {
         return;
     }
+    answered_ = true;
     plain_ = std::make_shared<http::response<http::string_body>>(
         static_cast<http::status>(answer.status), 11);
     plain_->set(http::field::server, "vek_master");
@@ -202,10 +205,11 @@ std::shared_ptr<VekBodyStream> VekHttpSession::answerStream(int status, const st
         });
     });
     net::post(io, [self = shared_from_this(), stream, status, type, length, headers] {
-        if (self->finished_ || !self->busy_) {
+        if (self->finished_ || !self->busy_ || self->answered_) {
             stream->close();
             return;
         }
+        self->answered_ = true;
         self->body_ = stream;
         self->sendHead(status, type, length, headers);
     });
@@ -287,8 +291,10 @@ void VekHttpSession::sent(beast::error_code ec) {
     plain_.reset();
     if (ec) {
         finish();
-    } else if (!keepAlive_ || closing_) {
+    } else if (linger_) {
         linger();
+    } else if (!keepAlive_ || closing_) {
+        finish();
     } else {
         read();
     }

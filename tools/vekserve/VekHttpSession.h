@@ -74,6 +74,8 @@ private:
     bool busy_ = false;     // a request is being answered
     bool closing_ = false;  // no request is read after the answer under way
     bool finished_ = false;
+    bool answered_ = false;  // the request under way has its answer
+    bool linger_ = false;    // its body may be unread: let the client read the answer first
     // The time a request has to come whole. Not the stream's own expiry, which would
     // close the socket before a 408 could say why.
     boost::asio::steady_timer deadline_;

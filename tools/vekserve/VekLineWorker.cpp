@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <exception>
 
 #include "VekDeviceReader.h"
 #include "VekNames.h"
@@ -166,7 +167,13 @@ void VekLineWorker::serveJobs() {
         client_ = job.client;
         lineFailed_ = false;
         unanswered_ = false;
-        job.run(*session_, *access_);
+        try {
+            job.run(*session_, *access_);
+        } catch (const std::exception& e) {
+            // A fault of ours must cost one answer, not the server; a client that was
+            // answered already keeps its answer.
+            job.refuse(std::string("the server failed: ") + e.what());
+        }
         client_ = "serve";
         if (lineFailed_) {
             lose(failure_);
