@@ -38,14 +38,5 @@ CabledDaemon::~CabledDaemon() {
     if (pid_ <= 0) {
         return;
     }
-    kill(pid_, SIGUSR1);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (waitpid(pid_, nullptr, WNOHANG) != pid_) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    MasterRun::stop(pid_, SIGUSR1, std::chrono::seconds(10));
 }

@@ -41,17 +41,7 @@ int RestartableDaemon::stop() {
     if (pid_ <= 0) {
         return -1;
     }
-    kill(pid_, SIGUSR1);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    int raw = 0;
-    while (waitpid(pid_, &raw, WNOHANG) != pid_) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, &raw, 0);
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    const int status = MasterRun::stop(pid_, SIGUSR1, std::chrono::seconds(10));
     pid_ = -1;
-    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return status;
 }

@@ -86,25 +86,14 @@ ServeRig::ServeRig(const std::vector<std::string>& devices, const std::vector<st
 }
 
 ServeRig::~ServeRig() {
-    if (status_ == -1 && pid_ > 0) {
+    if (!stopped_ && pid_ > 0) {
         stop(SIGTERM);
     }
 }
 
 int ServeRig::stop(int signo) {
-    kill(pid_, signo);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    int raw = 0;
-    while (waitpid(pid_, &raw, WNOHANG) != pid_) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, &raw, 0);
-            return status_ = -2;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-    return status_;
+    stopped_ = true;
+    return MasterRun::stop(pid_, signo, std::chrono::seconds(30));
 }
 
 bool ServeRig::awaitState(int index, const std::string& state, std::chrono::milliseconds limit) const {

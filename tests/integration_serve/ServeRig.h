@@ -46,6 +46,7 @@ public:
     // client too slow to finish it.
     Reply raw(const std::string& bytes) const;
     // Signals the server and returns its exit status (-1 when it did not end in time).
+    // Once only: the process is gone after it.
     int stop(int signo);
 
 private:
@@ -54,5 +55,5 @@ private:
     std::map<std::string, std::string> bearer_;
     uint16_t port_ = 0;
     bool ready_ = false;
-    int status_ = -1;
+    bool stopped_ = false;
 };

@@ -87,6 +87,14 @@ void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterRep
     exchange->answer(status, VekHttpExchange::error(reply.problem));
 }
 
+void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
+    if (reply.answered()) {
+        exchange->answer(200, VekWireReply::of(reply));
+    } else {
+        answerFailure(exchange, reply);
+    }
+}
+
 VekLineWorker* VekApiRoutes::line(const ExchangePtr& exchange, const std::string& index) {
     const int n = VekRequestBody::index(index, lines_.size());
     if (n < 0) {
@@ -142,13 +150,11 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
                if (stream.started()) {
                    return;
                }
-               if (!reply.answered()) {
-                   answerFailure(exchange, reply);
-               } else if (raw) {
+               if (raw && reply.answered()) {
                    exchange->answerBytes(200, "application/octet-stream", "",
                                          {{"Vek-Reply", VekStreamSink::header(reply)}});
                } else {
-                   exchange->answer(200, VekWireReply::of(reply));
+                   answerReply(exchange, reply);
                }
            });
 }
@@ -240,12 +246,7 @@ void VekApiRoutes::files(const ExchangePtr& exchange, const Params& params) {
     }
     submit(exchange, *target,
            [exchange, feature = params[1]](VekMasterSession&, VekSessionAccess& access) {
-               const VekMasterReply& reply = access.request("Common", "FileList", {feature}, nullptr);
-               if (!reply.answered()) {
-                   answerFailure(exchange, reply);
-               } else {
-                   exchange->answer(200, VekWireReply::of(reply));
-               }
+               answerReply(exchange, access.request("Common", "FileList", {feature}, nullptr));
            });
 }
 

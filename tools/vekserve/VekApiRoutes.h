@@ -30,6 +30,8 @@ public:
 
     // The status and body that say why a request got no answer.
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+    // 200 with the answer as the API gives it, or the failure.
+    static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
 
 private:
     using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
