@@ -69,7 +69,11 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
                                     const std::string& body, Response& response, const Head& head,
                                     const Body& take) {
     response = Response();
-    if (!stream_) {
+    // A kept connection the server has closed meanwhile (it lets idle ones go) takes no
+    // request: the request is sent again, once, on a new one. The server only closes a
+    // connection with no request under way, so nothing is done twice.
+    const bool kept = stream_.has_value();
+    if (!kept) {
         const std::string problem = connect();
         if (!problem.empty()) {
             return problem;
@@ -96,6 +100,10 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
     parser.header_limit(kHeaderLimit);
     if (!ec) {
         http::read_header(*stream_, buffer_, parser, ec);
+    }
+    if (ec && kept) {
+        stream_.reset();
+        return exchange(method, target, body, response, head, take);
     }
     if (ec) {
         stream_.reset();
