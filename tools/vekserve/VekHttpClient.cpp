@@ -2,7 +2,9 @@
 
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <optional>
 #include <cstdint>
 #include <limits>
 
@@ -15,9 +17,19 @@ namespace http = beast::http;
 namespace {
 
 // A header line of an answer may carry a reply whose header line is 40960 bytes.
-constexpr uint32_t kHeaderLimit = 256 * 1024;
+constexpr uint32_t kAnswerHeaderLimit = 256 * 1024;
 
 }  // namespace
+
+struct VekHttpClient::Connection {
+    net::io_context io;
+    std::optional<beast::tcp_stream> stream;
+    beast::flat_buffer buffer;
+};
+
+VekHttpClient::VekHttpClient() : connection_(std::make_unique<Connection>()) {}
+
+VekHttpClient::~VekHttpClient() = default;
 
 std::string VekHttpClient::open(const std::string& url, const std::string& token) {
     static const std::string kScheme = "http://";
@@ -51,17 +63,17 @@ std::string VekHttpClient::open(const std::string& url, const std::string& token
 
 std::string VekHttpClient::connect() {
     beast::error_code ec;
-    net::ip::tcp::resolver resolver(io_);
+    net::ip::tcp::resolver resolver(connection_->io);
     const auto found = resolver.resolve(name_, port_, ec);
     if (!ec) {
-        stream_.emplace(io_);
-        stream_->connect(found, ec);
+        connection_->stream.emplace(connection_->io);
+        connection_->stream->connect(found, ec);
     }
     if (ec) {
-        stream_.reset();
+        connection_->stream.reset();
         return "cannot reach " + url_ + ": " + ec.message();
     }
-    buffer_.clear();
+    connection_->buffer.clear();
     return "";
 }
 
@@ -72,7 +84,7 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
     // A kept connection the server has closed meanwhile (it lets idle ones go) takes no
     // request: the request is sent again, once, on a new one. The server only closes a
     // connection with no request under way, so nothing is done twice.
-    const bool kept = stream_.has_value();
+    const bool kept = connection_->stream.has_value();
     if (!kept) {
         const std::string problem = connect();
         if (!problem.empty()) {
@@ -92,21 +104,21 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
     request.keep_alive(true);
     request.prepare_payload();
     beast::error_code ec;
-    http::write(*stream_, request, ec);
+    http::write(*connection_->stream, request, ec);
 
     http::response_parser<http::buffer_body> parser;
     // Any size: the answer is streamed. (An empty limit reads as 0 in this Beast.)
     parser.body_limit(std::numeric_limits<std::uint64_t>::max());
-    parser.header_limit(kHeaderLimit);
+    parser.header_limit(kAnswerHeaderLimit);
     if (!ec) {
-        http::read_header(*stream_, buffer_, parser, ec);
+        http::read_header(*connection_->stream, connection_->buffer, parser, ec);
     }
     if (ec && kept) {
-        stream_.reset();
+        connection_->stream.reset();
         return exchange(method, target, body, response, head, take);
     }
     if (ec) {
-        stream_.reset();
+        connection_->stream.reset();
         return "no answer from " + url_ + ": " + ec.message();
     }
     response.status = static_cast<int>(parser.get().result_int());
@@ -117,12 +129,12 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
     while (reading && !parser.is_done()) {
         parser.get().body().data = piece;
         parser.get().body().size = sizeof(piece);
-        http::read(*stream_, buffer_, parser, ec);
+        http::read(*connection_->stream, connection_->buffer, parser, ec);
         if (ec == http::error::need_buffer) {
             ec = {};
         }
         if (ec) {
-            stream_.reset();
+            connection_->stream.reset();
             return "the answer from " + url_ + " was cut short: " + ec.message();
         }
         const size_t n = sizeof(piece) - parser.get().body().size;
@@ -133,7 +145,7 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
         }
     }
     if (!parser.is_done() || !parser.keep_alive()) {
-        stream_.reset();
+        connection_->stream.reset();
     }
     return "";
 }

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <boost/asio/io_context.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <functional>
-#include <optional>
+#include <memory>
 #include <string>
 
 namespace vekserve {
@@ -26,6 +23,10 @@ public:
     // url: "http://HOST:PORT" (a trailing '/' is fine); token is sent with every request
     // when not empty. "" or what is wrong with url.
     std::string open(const std::string& url, const std::string& token);
+    VekHttpClient();
+    ~VekHttpClient();
+    VekHttpClient(const VekHttpClient&) = delete;
+    VekHttpClient& operator=(const VekHttpClient&) = delete;
     // Sends a request and reads its answer; "" or why no whole answer came.
     std::string exchange(const std::string& method, const std::string& target,
                          const std::string& body, Response& response, const Head& head = nullptr,
@@ -33,11 +34,12 @@ public:
     const std::string& url() const { return url_; }
 
 private:
+    // The connection, kept out of this header: Beast is heavy to compile.
+    struct Connection;
+
     std::string connect();
 
-    boost::asio::io_context io_;
-    std::optional<boost::beast::tcp_stream> stream_;
-    boost::beast::flat_buffer buffer_;
+    std::unique_ptr<Connection> connection_;
     std::string url_;
     std::string name_;  // to resolve
     std::string host_;  // the Host header
