@@ -69,6 +69,9 @@ std::string VekHttpClient::connect() {
         connection_->stream.emplace(connection_->io);
         connection_->stream->connect(found, ec);
     }
+    if (!ec) {
+        connection_->stream->socket().set_option(net::ip::tcp::no_delay(true), ec);
+    }
     if (ec) {
         connection_->stream.reset();
         return "cannot reach " + url_ + ": " + ec.message();

@@ -32,6 +32,8 @@ std::string header(const http::request<http::string_body>& request, http::field 
 VekHttpSession::VekHttpSession(net::ip::tcp::socket&& socket, VekHttpServer& server)
     : server_(server), stream_(std::move(socket)), deadline_(server.io()) {
     boost::system::error_code ec;
+    // An answer goes out whole at once; Nagle's wait would only delay it.
+    stream_.socket().set_option(net::ip::tcp::no_delay(true), ec);
     const net::ip::tcp::endpoint peer = stream_.socket().remote_endpoint(ec);
     client_ = ec ? "?" : peer.address().to_string() + ':' + std::to_string(peer.port());
 }

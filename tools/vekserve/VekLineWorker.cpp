@@ -331,7 +331,9 @@ void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::Ve
         unanswered_ = true;
         failure_ = reply->problem;
     }
-    if (quiet_) {
+    // Nobody listening: the event is not worth making (it costs about as much as a
+    // request's own work on the server).
+    if (quiet_ || events_.subscribers() == 0) {
         return;
     }
     Json out = event(reply == nullptr ? "request" : "response");
