@@ -8,7 +8,7 @@
 
 #include "EventsClient.h"
 #include "MasterRun.h"
-#include "RestartableDaemon.h"
+#include "CabledDaemon.h"
 #include "ServeRig.h"
 
 namespace {
@@ -35,8 +35,8 @@ std::vector<Json> parsed(const std::vector<std::string>& messages) {
 }
 
 TEST(ServeApiTest, TwoLinesAreServedAtOnceEachWithItsOwnFeatures) {
-    RestartableDaemon flexible;
-    RestartableDaemon fixed({"--reverb", "--eqMode=1"});
+    CabledDaemon flexible;
+    CabledDaemon fixed({"--reverb", "--eqMode=1"});
     ServeRig serve({flexible.path(), fixed.path()});
     ASSERT_TRUE(serve.ready()) << serve.output();
 
@@ -91,7 +91,7 @@ TEST(ServeApiTest, TwoLinesAreServedAtOnceEachWithItsOwnFeatures) {
 // Two clients change one device at once: each gets every answer once, the line carries
 // one request at a time, and each client sees its own changes in its own order.
 TEST(ServeApiTest, TwoClientsOnOneLineAreAnsweredOnceAndInTurn) {
-    RestartableDaemon daemon;
+    CabledDaemon daemon;
     ServeRig serve({daemon.path()});
     ASSERT_TRUE(serve.ready()) << serve.output();
     EventsClient events(serve.port());
@@ -138,8 +138,8 @@ TEST(ServeApiTest, TwoClientsOnOneLineAreAnsweredOnceAndInTurn) {
 }
 
 TEST(ServeApiTest, ASubscriberSeesEveryLineAndEveryRequestOfAnotherClient) {
-    RestartableDaemon first;
-    RestartableDaemon second;
+    CabledDaemon first;
+    CabledDaemon second;
     ServeRig serve({first.path(), second.path()});
     ASSERT_TRUE(serve.ready()) << serve.output();
     EventsClient events(serve.port());
@@ -175,8 +175,8 @@ TEST(ServeApiTest, ASubscriberSeesEveryLineAndEveryRequestOfAnotherClient) {
 }
 
 TEST(ServeApiTest, AStoppedDaemonMarksItsLineLostUntilItGreetsAgain) {
-    RestartableDaemon lost;
-    RestartableDaemon other;
+    CabledDaemon lost;
+    CabledDaemon other;
     ServeRig serve({lost.path(), other.path()}, {"--timeout=500"});
     ASSERT_TRUE(serve.ready()) << serve.output();
     EventsClient events(serve.port());
@@ -207,7 +207,7 @@ TEST(ServeApiTest, AStoppedDaemonMarksItsLineLostUntilItGreetsAgain) {
 }
 
 TEST(ServeApiTest, BadInputIsRefusedWithItsStatusAndServingGoesOn) {
-    RestartableDaemon daemon;
+    CabledDaemon daemon;
     const std::string token = "a-token-for-these-tests";
     MasterRun::TempFile tokenFile(token + "\n");
     ServeRig serve({daemon.path()}, {"--token-file=" + tokenFile.path(), "--client-timeout=500"},
@@ -299,7 +299,7 @@ TEST(ServeApiTest, BadInputIsRefusedWithItsStatusAndServingGoesOn) {
 }
 
 TEST(ServeApiTest, AFullQueueIsAnswered503) {
-    RestartableDaemon daemon;  // serves no Reverb: a Reverb request waits its timeout out
+    CabledDaemon daemon;  // serves no Reverb: a Reverb request waits its timeout out
     ServeRig serve({daemon.path()}, {"--queue=1", "--timeout=1000"});
     ASSERT_TRUE(serve.ready()) << serve.output();
     std::vector<ServeRig::Reply> replies(3);
@@ -323,7 +323,7 @@ TEST(ServeApiTest, AFullQueueIsAnswered503) {
 }
 
 TEST(ServeApiTest, SigtermEndsTheServerWithStatusZeroAndEveryAnsweredRequestDone) {
-    RestartableDaemon daemon;
+    CabledDaemon daemon;
     ServeRig serve({daemon.path()});
     ASSERT_TRUE(serve.ready()) << serve.output();
     std::atomic<int> answered{0};

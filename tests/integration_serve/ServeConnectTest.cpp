@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "MasterRun.h"
-#include "RestartableDaemon.h"
+#include "CabledDaemon.h"
 #include "ServeRig.h"
 
 namespace {
@@ -48,8 +48,8 @@ protected:
         EXPECT_EQ(r.status, d.status) << args[0];
     }
 
-    RestartableDaemon served;
-    RestartableDaemon direct;
+    CabledDaemon served;
+    CabledDaemon direct;
     ServeRig serve{{served.path()}};
     MasterRun::TempFile first;
     MasterRun::TempFile second;
