@@ -2,50 +2,51 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <thread>
 
-CabledDaemon::CabledDaemon(const std::vector<std::string>& args, const std::string& sim) {
-    if (!cable_.ok()) {
-        return;
+CabledDaemon::CabledDaemon(const std::vector<std::string>& args, const std::string& sim)
+    : args_(args), sim_(sim) {
+    // Under a sanitizer or an emulator a daemon takes a while to start.
+    ready_ = start() && cable_.awaitGreeting(30000);
+}
+
+bool CabledDaemon::start() {
+    if (!cable_.ok() || pid_ > 0) {
+        return false;
     }
     std::vector<std::string> words{VEK_TUNER_PATH};
-    words.insert(words.end(), args.begin(), args.end());
+    words.insert(words.end(), args_.begin(), args_.end());
     words.push_back("--device=" + cable_.deviceEnd());
     std::vector<char*> argv = MasterRun::execArgs(words);
     pid_ = fork();
     if (pid_ == 0) {
-        const int out = open(log_.path().c_str(), O_WRONLY | O_TRUNC);
+        // Every start's output in the one file.
+        const int out = open(log_.path().c_str(), O_WRONLY | O_APPEND);
         dup2(out, STDOUT_FILENO);
         dup2(out, STDERR_FILENO);
-        if (sim.empty()) {
+        if (sim_.empty()) {
             unsetenv("AUDIO_SETTING_SIM");
         } else {
-            setenv("AUDIO_SETTING_SIM", sim.c_str(), 1);
+            setenv("AUDIO_SETTING_SIM", sim_.c_str(), 1);
         }
         execv(argv[0], argv.data());
         _exit(127);
     }
-    // Under a sanitizer or an emulator a daemon takes a while to start.
-    ready_ = pid_ > 0 && cable_.awaitGreeting(30000);
+    return pid_ > 0;
+}
+
+int CabledDaemon::stop() {
+    if (pid_ <= 0) {
+        return -1;
+    }
+    const int status = MasterRun::stop(pid_, SIGUSR1, std::chrono::seconds(10));
+    pid_ = -1;
+    return status;
 }
 
 CabledDaemon::~CabledDaemon() {
-    if (pid_ <= 0) {
-        return;
-    }
-    kill(pid_, SIGUSR1);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (waitpid(pid_, nullptr, WNOHANG) != pid_) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    stop();
 }

@@ -41,6 +41,21 @@ std::string MasterRun::TempFile::read() const {
     return s.str();
 }
 
+int MasterRun::stop(pid_t pid, int signo, std::chrono::seconds limit) {
+    kill(pid, signo);
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    int raw = 0;
+    while (waitpid(pid, &raw, WNOHANG) != pid) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &raw, 0);
+            return -1;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+}
+
 std::vector<char*> MasterRun::execArgs(std::vector<std::string>& words) {
     std::vector<char*> pointers;
     for (std::string& word : words) {

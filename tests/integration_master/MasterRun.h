@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -17,6 +20,10 @@ public:
     // cwd is where it runs ("" for here).
     static Result run(const std::vector<std::string>& args, const std::string& input = "",
                       const std::vector<std::string>& env = {}, const std::string& cwd = "");
+
+    // Sends signo to a child and waits for its end, killing it after limit; its exit
+    // status, 128 + the signal that ended it, or -1 when it had to be killed.
+    static int stop(pid_t pid, int signo, std::chrono::seconds limit);
 
     // An exec argument vector over words (which must outlive it), null-terminated.
     static std::vector<char*> execArgs(std::vector<std::string>& words);

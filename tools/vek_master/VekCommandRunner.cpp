@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "VekDeviceReader.h"
 #include "VekRawFileSink.h"
 #include "VekReplyFormatter.h"
 #include "VekReplyJson.h"
@@ -80,8 +79,8 @@ VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
 VekCommandResult VekCommandRunner::message(const VekMasterCommand& command) {
     VekCommandResult result;
     VekRawFileSink file(command.output);
-    const VekMasterReply& reply = session_.request(command.feature, command.name, command.args,
-                                                   command.output.empty() ? nullptr : &file);
+    const VekMasterReply& reply = access_.request(command.feature, command.name, command.args,
+                                                  command.output.empty() ? nullptr : &file);
     if (!reply.received) {
         return result.fail(VekExitStatus::of(reply), reply.problem);
     }
@@ -103,18 +102,15 @@ VekCommandResult VekCommandRunner::message(const VekMasterCommand& command) {
 
 VekCommandResult VekCommandRunner::snapshot(const VekMasterCommand& command) {
     VekCommandResult result;
-    VekDeviceReader reader(session_, table_);
-    std::string version;
-    std::vector<std::string> served;
-    Json settings;
-    int missing = 0;
-    if (!reader.identify(version, served) || !reader.read(served, nullptr, settings, missing)) {
-        return result.fail(VekExitStatus::of(reader.stopped()), reader.stopped().problem);
+    VekDeviceReading reading;
+    if (!access_.read(nullptr, reading)) {
+        return result.fail(VekExitStatus::of(access_.failure()), access_.failure().problem);
     }
     int values = 0;
-    VekTuningDocument::count(table_, settings, values, missing);
-    const Json document =
-        VekTuningDocument::make(table_, device_, version, served, std::move(settings));
+    int missing = 0;
+    VekTuningDocument::count(table_, reading.settings, values, missing);
+    const Json document = VekTuningDocument::make(table_, reading.path, reading.version,
+                                                  reading.features, std::move(reading.settings));
     const std::string text = VekValueJson::pretty(document);
     const std::string target = outputDir_ ? fileIn(command.output, device_) : command.output;
     const std::string counted = plural(static_cast<size_t>(values), "value", "values") +
@@ -154,7 +150,7 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     VekTuningApply::Options options;
     options.dryRun = command.dryRun;
     options.bypass = command.bypass;
-    const VekTuningApply::Result applied = VekTuningApply(session_, table_).run(document, options);
+    const VekTuningApply::Result applied = access_.apply(document, options);
     result.status = applied.status;
     std::string failed;
     for (const VekTuningApply::Change& change : applied.changes) {
@@ -203,14 +199,12 @@ bool VekCommandRunner::side(const std::string& path, const Json* other, Json& se
         settings = document["settings"];
         return true;
     }
-    VekDeviceReader reader(session_, table_);
-    std::string version;
-    std::vector<std::string> served;
-    int missing = 0;
-    if (!reader.identify(version, served) || !reader.read(served, other, settings, missing)) {
-        result.fail(VekExitStatus::of(reader.stopped()), reader.stopped().problem);
+    VekDeviceReading reading;
+    if (!access_.read(other, reading)) {
+        result.fail(VekExitStatus::of(access_.failure()), access_.failure().problem);
         return false;
     }
+    settings = std::move(reading.settings);
     return true;
 }
 

@@ -3,23 +3,25 @@
 #include <string>
 
 #include "VekCommandResult.h"
+#include "VekDeviceAccess.h"
 #include "VekMasterCommand.h"
-#include "VekMasterSession.h"
 #include "VekSettingsTable.h"
 
 namespace vekmaster {
 
-// Runs commands on one device's session and puts what they did into words: the full
-// text (or JSON) for a single device, one summary line for each of several.
+// Runs commands on one device and puts what they did into words: the full text (or
+// JSON) for a single device, one summary line for each of several. The device may be on
+// a line of our own or behind a server: the words are the same.
 class VekCommandRunner {
 public:
     using Json = VekValueJson::Json;
 
     // device names the line in output file names; outputDir: several devices write
     // their documents into the directory --output names.
-    VekCommandRunner(VekMasterSession& session, std::string device, bool json, bool outputDir)
-        : session_(session),
-          table_(session.catalog()),
+    VekCommandRunner(VekDeviceAccess& access, const VekMessageCatalog& catalog, std::string device,
+                     bool json, bool outputDir)
+        : access_(access),
+          table_(catalog),
           device_(std::move(device)),
           json_(json),
           outputDir_(outputDir) {}
@@ -41,7 +43,7 @@ private:
     // A tuning to compare: a document, or the device read for what other holds.
     bool side(const std::string& path, const Json* other, Json& settings, VekCommandResult& result);
 
-    VekMasterSession& session_;
+    VekDeviceAccess& access_;
     VekSettingsTable table_;
     std::string device_;
     bool json_;

@@ -62,6 +62,7 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
                        vektransport::VekLineSettings::rates() + ")";
             }
             baudRate = static_cast<int32_t>(number);
+            lineTuned = true;
         } else if ((value = VekOption::valueAfter(arg, "--timeout=")) != nullptr) {
             if (!readNumber(value, 1, kMaxTimeoutMs, number)) {
                 return std::string("--timeout=") + value +
@@ -69,6 +70,7 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
                        ")";
             }
             timeoutMs = static_cast<int>(number);
+            lineTuned = true;
         } else if ((value = VekOption::valueAfter(arg, "--script=")) != nullptr) {
             script = value;
         } else if ((value = VekOption::valueAfter(arg, "--launch=")) != nullptr) {
@@ -77,6 +79,27 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             log = value;
         } else if ((value = VekOption::valueAfter(arg, "--output=")) != nullptr) {
             output = value;
+        } else if ((value = VekOption::valueAfter(arg, "--listen=")) != nullptr) {
+            listen = value;
+        } else if ((value = VekOption::valueAfter(arg, "--token-file=")) != nullptr) {
+            tokenFile = value;
+        } else if ((value = VekOption::valueAfter(arg, "--connect=")) != nullptr) {
+            connect = value;
+        } else if ((value = VekOption::valueAfter(arg, "--queue=")) != nullptr) {
+            if (!readNumber(value, 1, 100000, queue)) {
+                return std::string("--queue=") + value + " is not a number of requests (1 to 100000)";
+            }
+        } else if ((value = VekOption::valueAfter(arg, "--client-timeout=")) != nullptr) {
+            if (!readNumber(value, 1, kMaxTimeoutMs, clientTimeoutMs)) {
+                return std::string("--client-timeout=") + value +
+                       " is not a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) +
+                       ")";
+            }
+        } else if ((value = VekOption::valueAfter(arg, "--device-index=")) != nullptr) {
+            if (!readNumber(value, 0, 1000000, number)) {
+                return std::string("--device-index=") + value + " is not a device index (0, 1, ...)";
+            }
+            deviceIndex = static_cast<int>(number);
         } else {
             return std::string("unknown option ") + arg;
         }
@@ -86,6 +109,10 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     }
     daemonArgs.assign(argv + i, argv + argc);
 
+    const std::string served = checkServing();
+    if (!served.empty()) {
+        return served;
+    }
     if (!script.empty() && !words.empty()) {
         return "give either --script or FEATURE MESSAGE [ARG...], not both";
     }
@@ -106,6 +133,37 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     }
     if (!launch.empty() && (!devices.empty() || !devicesFile.empty())) {
         return "--device and --launch exclude each other";
+    }
+    return "";
+}
+
+std::string VekMasterOptions::checkServing() const {
+    if (serving()) {
+        if (words.size() > 1) {
+            return "serve takes no operands (the lines are --device=PATH)";
+        }
+        if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
+            keepGoing || dryRun || bypass || !output.empty()) {
+            return "serve takes --device, --devices, --baudRate, --timeout, --listen, "
+                   "--token-file, --queue and --client-timeout";
+        }
+        return "";
+    }
+    if (!listen.empty() || queue != 0 || clientTimeoutMs != 0) {
+        return "--listen, --queue and --client-timeout go with serve";
+    }
+    if (connect.empty()) {
+        if (!tokenFile.empty() || deviceIndex != 0) {
+            return "--token-file and --device-index go with serve or --connect";
+        }
+        return "";
+    }
+    if (!devices.empty() || !devicesFile.empty() || !launch.empty()) {
+        return "--connect and --device, --devices or --launch exclude each other";
+    }
+    if (lineTuned || stats) {
+        return "--baudRate, --timeout and --stats are the server's with --connect "
+               "(give them to vek_master serve)";
     }
     return "";
 }

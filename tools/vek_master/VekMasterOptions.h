@@ -26,11 +26,24 @@ struct VekMasterOptions {
     std::string output;                   // where the answer's raw data or a document goes
     bool dryRun = false;                  // apply: list the requests, set nothing
     bool bypass = false;                  // apply: hold the audio bypass on meanwhile
+    // serve: where to listen, the token clients must bring, the limits per client.
+    std::string listen;
+    std::string tokenFile;  // also for --connect
+    long queue = 0;
+    long clientTimeoutMs = 0;
+    // --connect: the server to ask instead of a line, and which of its devices.
+    std::string connect;
+    int deviceIndex = 0;
+    bool lineTuned = false;  // --baudRate or --timeout given
     std::vector<std::string> words;       // FEATURE MESSAGE ARG..., or a verb
     std::vector<std::string> daemonArgs;  // after "--"
 
     // "" or what is wrong with the command line.
     std::string parse(int argc, char** argv);
+    // The command is `serve`.
+    bool serving() const { return !words.empty() && words[0] == "serve"; }
+    // "" or why the options of serve and --connect do not go together.
+    std::string checkServing() const;
     // Adds the lines of --devices=FILE to devices, and the default device when there is
     // none; "" or why the list cannot be used (unreadable: the file could not be read).
     std::string resolveDevices(bool& unreadable);

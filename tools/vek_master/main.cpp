@@ -16,7 +16,10 @@
 #include "VekMasterOptions.h"
 #include "VekMasterSession.h"
 #include "VekScriptReader.h"
+#include "VekSessionAccess.h"
+#include "VekRemoteAccess.h"
 #include "VekSerialLine.h"
+#include "VekServe.h"
 
 using namespace vekmaster;
 
@@ -56,6 +59,7 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] apply FILE [--dry-run] [--bypass]\n"
         "       vek_master [OPTION...] diff A B\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
+        "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
         "Sends requests to a vek_tuner slave over its serial line and prints the answers:\n"
         "the answer's fields as name=value lines, then OK or NG.\n"
         "\n"
@@ -91,6 +95,19 @@ void printHelp(const VekMessageCatalog& catalog) {
         "                  against it and stop it; arguments after -- go to the daemon\n"
         "  --log=FILE      with --launch: append the daemon's output to FILE\n"
         "  --stats         at the end, print the requests and bytes sent and received\n"
+        "  --connect=URL   run the commands through a running vek_master serve\n"
+        "                  (http://HOST:PORT) instead of opening a line\n"
+        "  --device-index=N  with --connect: the server's device N (default 0)\n"
+        "  --token-file=FILE  the token a server needs (serve: the one it asks for)\n"
+        "\n"
+        "Serving (vek_master serve): keeps every line open and serves an HTTP and\n"
+        "WebSocket API on them until SIGINT or SIGTERM, so that the panel, scripts and\n"
+        "vek_master --connect share the devices. GET /api lists the routes.\n"
+        "  --listen=HOST:PORT  where to listen (default 127.0.0.1:8741; another than a\n"
+        "                  loopback address needs --token-file)\n"
+        "  --queue=N       requests that may wait per line (default 64; more get 503)\n"
+        "  --client-timeout=MS  for a client to send a request or take an answer\n"
+        "                  (default 15000)\n"
         "  --help          print this text\n"
         "\n"
         "Messages and their ARGs, in wire order (a list takes every ARG left):\n"
@@ -215,14 +232,12 @@ void showProgress(VekMasterSession& session) {
 // Runs the commands in order and stops at the first failure unless keepGoing. With one
 // device, each command's output is printed as it completes (a script's commands echoed
 // before it); with several, nothing is printed here.
-void runCommands(VekMasterSession& session, const VekMasterOptions& options,
-                 const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
+void runCommands(VekDeviceAccess& access, const VekMessageCatalog& catalog,
+                 const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+                 bool several, DeviceRun& run) {
     const auto start = Clock::now();
-    VekCommandRunner runner(session, run.device, options.json, several);
+    VekCommandRunner runner(access, catalog, run.device, options.json, several);
     const bool script = !options.script.empty();
-    if (!several) {
-        showProgress(session);
-    }
     for (const VekMasterCommand& command : commands) {
         if (!several && script && !options.json) {
             print("> " + command.text() + '\n');
@@ -251,8 +266,81 @@ void runCommands(VekMasterSession& session, const VekMasterOptions& options,
     if (script && run.status == VekExitStatus::kOk) {
         run.last.summary = "OK (" + std::to_string(run.ran) + " commands)";
     }
-    run.traffic = session.traffic();
     run.ms = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+// The commands on a line of our own.
+void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
+                  const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
+    if (!several) {
+        showProgress(session);
+    }
+    const VekSettingsTable table(session.catalog());
+    VekSessionAccess access(session, table, run.device);
+    runCommands(access, session.catalog(), options, commands, several, run);
+    run.traffic = session.traffic();
+}
+
+// vek_master serve: the lines, the listen address and the token, checked, then served.
+int serve(VekMasterOptions& options) {
+    bool unreadable = false;
+    std::string problem = options.resolveDevices(unreadable);
+    if (unreadable) {
+        complain(problem);
+        return VekExitStatus::kIo;
+    }
+    vekserve::VekServeConfig config;
+    if (problem.empty()) {
+        problem = config.listen(options.listen.empty() ? vekserve::VekServeConfig::kDefaultListen
+                                                       : options.listen);
+    }
+    if (!problem.empty()) {
+        return usage(problem);
+    }
+    if (!options.tokenFile.empty()) {
+        problem = config.readToken(options.tokenFile);
+        if (!problem.empty()) {
+            complain(problem);
+            return VekExitStatus::kIo;
+        }
+    }
+    if (!config.loopback() && config.token.empty()) {
+        return usage("--listen=" + options.listen +
+                     " lets other machines in: give --token-file=FILE, whose token every "
+                     "client must then bring");
+    }
+    config.devices = options.devices;
+    config.baudRate = options.baudRate;
+    config.timeoutMs = options.timeoutMs;
+    config.queueLimit = options.queue > 0 ? static_cast<size_t>(options.queue) : config.queueLimit;
+    config.clientTimeoutMs =
+        options.clientTimeoutMs > 0 ? static_cast<int>(options.clientTimeoutMs) : config.clientTimeoutMs;
+    const vekserve::VekStaticAssets none;
+    return vekserve::VekServe(config, none).run();
+}
+
+// The commands through a running server.
+int runConnected(const VekMasterOptions& options, const VekMessageCatalog& catalog,
+                 const std::vector<VekMasterCommand>& commands) {
+    std::string token;
+    if (!options.tokenFile.empty()) {
+        vekserve::VekServeConfig reader;
+        const std::string problem = reader.readToken(options.tokenFile);
+        if (!problem.empty()) {
+            complain(problem);
+            return VekExitStatus::kIo;
+        }
+        token = reader.token;
+    }
+    vekserve::VekHttpClient client;
+    const std::string problem = client.open(options.connect, token);
+    if (!problem.empty()) {
+        return usage(problem);
+    }
+    vekserve::VekRemoteAccess access(client, options.deviceIndex);
+    DeviceRun run;
+    runCommands(access, catalog, options, commands, false, run);
+    return run.status;
 }
 
 std::string stats(const DeviceRun& run) {
@@ -284,7 +372,7 @@ int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterComm
         session.preload(rest);
         DeviceRun run;
         run.device = launcher.device();
-        runCommands(session, options, commands, false, run);
+        runOnSession(session, options, commands, false, run);
         status = run.status;
         if (options.stats) {
             print(stats(run) + '\n', stderr);
@@ -308,7 +396,7 @@ void runDevice(const VekMasterOptions& options, const std::vector<VekMasterComma
         return;
     }
     VekMasterSession session(line, options.timeoutMs);
-    runCommands(session, options, commands, several, run);
+    runOnSession(session, options, commands, several, run);
 }
 
 }  // namespace
@@ -324,6 +412,9 @@ int main(int argc, char** argv) {
     }
     if (!problem.empty()) {
         return usage(problem);
+    }
+    if (options.serving()) {
+        return serve(options);
     }
     std::vector<VekMasterCommand> commands;
     const int prepared = prepare(options, catalog, commands);
@@ -346,12 +437,15 @@ int main(int argc, char** argv) {
     if (!options.launch.empty()) {
         return runLaunched(options, commands);
     }
+    if (!options.connect.empty() && needsLine(commands)) {
+        return runConnected(options, catalog, commands);
+    }
     if (!needsLine(commands)) {
         // Two documents compared: no device is involved.
         VekSerialLine none;
         VekMasterSession session(none, options.timeoutMs);
         DeviceRun run;
-        runCommands(session, options, commands, false, run);
+        runOnSession(session, options, commands, false, run);
         return run.status;
     }
     const bool several = options.devices.size() > 1;

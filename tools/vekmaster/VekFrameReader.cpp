@@ -90,6 +90,7 @@ void VekFrameReader::headerDone() {
         awaitedFrame_ = !before && reply_.received;
     }
     if (awaitedFrame_) {
+        reply_.frame.assign(line_, 0, line_.size() - 1);
         reply_.rawDataLength = length;
         awaitedRaw_ = !reply_.fail;
         sinkFailed_ = awaitedRaw_ && !sink_->begin(announced_);

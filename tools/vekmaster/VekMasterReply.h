@@ -35,6 +35,9 @@ struct VekMasterReply {
     // The raw data, when no sink was given for it; otherwise it went to the sink.
     std::string rawData;
     std::vector<VekFieldPrinter::Field> fields;
+    // The answer's header line as it came, without its line feed: decoded again by a
+    // client of a server, it gives this very reply.
+    std::string frame;
 
     void expect(const std::string& expectedFeature, const std::string& expectedMessage) {
         *this = VekMasterReply();

@@ -56,8 +56,12 @@ const VekMasterReply& VekMasterSession::request(const VekMasterMessage& message,
     std::stringstream frame;
     message.encode(args, self_, frame);
     const std::string bytes = frame.str();
+    if (watcher_) {
+        watcher_(message, args, nullptr);
+    }
     if (!line_.send(bytes, timeoutMs_)) {
-        return finish(Outcome::LineFailed, "cannot send " + what + ": " + std::strerror(errno));
+        finish(Outcome::LineFailed, "cannot send " + what + ": " + std::strerror(errno));
+        return told(message, args);
     }
     ++traffic_.requests;
     traffic_.bytesSent += bytes.size();
@@ -67,9 +71,18 @@ const VekMasterReply& VekMasterSession::request(const VekMasterMessage& message,
         if (reply_.received && reply_.outcome != Outcome::Ng) {
             sink.abandon();
         }
-        return reply_;
+        return told(message, args);
     }
-    return finish(reply_.fail ? Outcome::Ng : Outcome::Ok, "");
+    finish(reply_.fail ? Outcome::Ng : Outcome::Ok, "");
+    return told(message, args);
+}
+
+const VekMasterReply& VekMasterSession::told(const VekMasterMessage& message,
+                                             const vekprotocol::VekFields& args) {
+    if (watcher_) {
+        watcher_(message, args, &reply_);
+    }
+    return reply_;
 }
 
 void VekMasterSession::await(const std::string& what, VekRawSink& sink) {

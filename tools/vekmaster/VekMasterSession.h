@@ -26,6 +26,11 @@ public:
     // Called while the raw data of an answer comes in, and once more with done set.
     using Progress = std::function<void(const VekMasterReply& reply, int64_t arrived,
                                         int64_t announced, bool done)>;
+    // Told of every request that goes on the line, before it is sent (reply null) and
+    // once its outcome is known: a server shows all its clients each other's traffic.
+    using Watcher = std::function<void(const VekMasterMessage& message,
+                                       const vekprotocol::VekFields& args,
+                                       const VekMasterReply* reply)>;
 
     VekMasterSession(VekSerialLine& line, int timeoutMs);
     VekMasterSession(const VekMasterSession&) = delete;
@@ -34,6 +39,7 @@ public:
     // Bytes that arrived before the first request (behind the daemon's greeting).
     void preload(const std::string& bytes);
     void setProgress(Progress progress) { progress_ = std::move(progress); }
+    void setWatcher(Watcher watcher) { watcher_ = std::move(watcher); }
 
     // Sends the message with its ARGs and waits for its answer; the raw data goes to
     // raw, or into the reply when raw is null. The reply stays valid until the next
@@ -47,9 +53,13 @@ public:
 
     const VekMessageCatalog& catalog() const { return catalog_; }
     const Traffic& traffic() const { return traffic_; }
+    // The answer of the request under way (its fields are in once its raw data begins).
+    const VekMasterReply& reply() const { return reply_; }
 
 private:
     const VekMasterReply& finish(VekMasterReply::Outcome outcome, const std::string& problem);
+    // Tells the watcher the outcome of a request that went on the line.
+    const VekMasterReply& told(const VekMasterMessage& message, const vekprotocol::VekFields& args);
     // Reads the line until the expected answer is in.
     void await(const std::string& what, VekRawSink& sink);
 
@@ -62,6 +72,7 @@ private:
     uint32_t self_ = 0;
     Traffic traffic_;
     Progress progress_;
+    Watcher watcher_;
 };
 
 }  // namespace vekmaster

@@ -300,4 +300,62 @@ void VekTuningApply::stop(const VekMasterReply& reply, Result& result) const {
     result.problem = reply.problem;
 }
 
+namespace {
+
+// The text member of an object, or "" when it has none.
+std::string textOf(const VekValueJson::Json& object, const char* name) {
+    const VekValueJson::Json* value = VekValueJson::member(&object, name);
+    return value != nullptr && value->is_string() ? value->get<std::string>() : "";
+}
+
+}  // namespace
+
+VekTuningApply::Json VekTuningApply::json(const Result& result) {
+    Json changes = Json::array();
+    for (const Change& change : result.changes) {
+        changes.push_back({{"setting", change.label}, {"from", change.from}, {"to", change.to}});
+    }
+    Json failures = Json::array();
+    for (const Failure& failure : result.failures) {
+        failures.push_back({{"setting", failure.label}, {"reason", failure.reason}});
+    }
+    Json out = Json::object();
+    out["status"] = result.status == VekExitStatus::kOk ? "OK" : "NG";
+    out["requests"] = result.requests;
+    out["changes"] = std::move(changes);
+    out["failures"] = std::move(failures);
+    out["values"] = result.values;
+    if (!result.problem.empty()) {
+        out["error"] = result.problem;
+    }
+    return out;
+}
+
+bool VekTuningApply::fromJson(const Json& json, Result& result) {
+    result = Result();
+    const Json* requests = VekValueJson::member(&json, "requests");
+    const Json* changes = VekValueJson::member(&json, "changes");
+    const Json* failures = VekValueJson::member(&json, "failures");
+    const Json* values = VekValueJson::member(&json, "values");
+    if (requests == nullptr || !requests->is_array() || changes == nullptr ||
+        !changes->is_array() || failures == nullptr || !failures->is_array() ||
+        values == nullptr || !values->is_number_unsigned()) {
+        return false;
+    }
+    result.status = textOf(json, "status") == "OK" ? VekExitStatus::kOk : VekExitStatus::kNg;
+    result.problem = textOf(json, "error");
+    result.values = values->get<size_t>();
+    for (const Json& request : *requests) {
+        result.requests.push_back(request.is_string() ? request.get<std::string>() : "");
+    }
+    for (const Json& change : *changes) {
+        result.changes.push_back(
+            {textOf(change, "setting"), textOf(change, "from"), textOf(change, "to")});
+    }
+    for (const Json& failure : *failures) {
+        result.failures.push_back({textOf(failure, "setting"), textOf(failure, "reason")});
+    }
+    return true;
+}
+
 }  // namespace vekmaster

@@ -51,6 +51,13 @@ public:
     //  "failures": [{"setting", "reason"}], "error": why it stopped (only then)}
     static Json json(const Result& result);
 
+    // A result as one object: status ("OK" or "NG"), requests, changes ({setting, from,
+    // to}), failures ({setting, reason}), values, and error when it stopped early.
+    static Json json(const Result& result);
+    // The result that json gave; status 0 or 1 from "status" (how it stopped otherwise is
+    // for the caller to say). False when json is not such an object.
+    static bool fromJson(const Json& json, Result& result);
+
 private:
     struct Wanted {
         const VekSetting* setting;

@@ -116,8 +116,9 @@ Json VekTuningDocument::make(const VekSettingsTable& table, const std::string& p
 std::string VekTuningDocument::parse(const std::string& text, Json& document) {
     try {
         document = Json::parse(text);
-    } catch (const Json::parse_error& e) {
-        // Without the library's "[json.exception.parse_error.101] " in front.
+    } catch (const Json::exception& e) {
+        // A syntax error, or a number no double holds (1e400): without the library's
+        // "[json.exception.parse_error.101] " in front.
         const std::string what = e.what();
         const size_t tag = what.find("] ");
         return tag != std::string::npos ? what.substr(tag + 2) : what;

@@ -1,0 +1,299 @@
+#include "VekApiRoutes.h"
+
+#include <cctype>
+
+#include "VekExitHttp.h"
+#include "VekRequestBody.h"
+#include "VekStreamSink.h"
+#include "VekTuningDiff.h"
+#include "VekTuningDocument.h"
+#include "VekWireReply.h"
+
+namespace vekserve {
+
+using namespace vekmaster;
+
+namespace {
+
+using Json = VekHttpExchange::Json;
+using Outcome = VekMasterReply::Outcome;
+
+// Raw data a client did not ask for: counted by the reply, kept nowhere.
+class Discard : public VekRawSink {
+public:
+    bool begin(int64_t) override { return true; }
+    bool write(const char*, size_t) override { return true; }
+    bool end() override { return true; }
+    void abandon() override {}
+};
+
+const Json* settingsOf(const Json& document) {
+    static const Json kNone = Json::object();
+    const Json* settings = VekValueJson::member(&document, "settings");
+    return settings != nullptr ? settings : &kNone;
+}
+
+}  // namespace
+
+VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
+    : lines_(lines), catalog_(scratch_), table_(catalog_) {
+    const auto bind = [this](void (VekApiRoutes::*handler)(const ExchangePtr&, const Params&)) {
+        return [this, handler](const ExchangePtr& e, const Params& p) { (this->*handler)(e, p); };
+    };
+    table.add("GET", "/api", "this list", [&table](const ExchangePtr& e, const Params&) {
+        e->answer(200, Json{{"routes", table.list()}});
+    });
+    table.add("GET", "/api/devices", "every line: path, state, version, features",
+              [this](const ExchangePtr& e, const Params&) { devices(e); });
+    table.add("POST", "/api/devices/{}/request",
+              "one message, {\"feature\", \"message\", \"args\"}; ?raw=1: its raw data as the body",
+              bind(&VekApiRoutes::message));
+    table.add("GET", "/api/devices/{}/snapshot", "every setting, as a tuning document",
+              bind(&VekApiRoutes::snapshot));
+    table.add("POST", "/api/devices/{}/snapshot", "the settings a tuning document holds, read anew",
+              bind(&VekApiRoutes::snapshot));
+    table.add("POST", "/api/devices/{}/apply",
+              "bring the device to a tuning document; ?dry_run=1, ?bypass=1",
+              bind(&VekApiRoutes::apply));
+    table.add("POST", "/api/diff", "{\"a\", \"b\", \"device\"}: where two tunings differ",
+              [this](const ExchangePtr& e, const Params&) { diff(e); });
+    table.add("GET", "/api/devices/{}/files/{}", "a feature's setting files",
+              bind(&VekApiRoutes::files));
+    table.add("GET", "/api/devices/{}/files/{}/{}", "the content of a feature's file N, any size",
+              bind(&VekApiRoutes::file));
+    table.add("GET", "/api/events",
+              "WebSocket: every request and answer on every line, and line states",
+              [](const ExchangePtr& e, const Params&) {
+                  e->answer(426, VekHttpExchange::error("/api/events is a WebSocket"),
+                            {{"Upgrade", "websocket"}});
+              });
+}
+
+void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
+    int status = 503;
+    switch (reply.outcome) {
+        case Outcome::Refused:
+            status = 400;
+            break;
+        case Outcome::NoAnswer:
+            status = 504;
+            break;
+        case Outcome::RawFailed:
+            status = 502;
+            break;
+        default:
+            break;
+    }
+    exchange->answer(status, VekHttpExchange::error(reply.problem));
+}
+
+void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
+    if (reply.answered()) {
+        exchange->answer(200, VekWireReply::of(reply));
+    } else {
+        answerFailure(exchange, reply);
+    }
+}
+
+VekLineWorker* VekApiRoutes::line(const ExchangePtr& exchange, const std::string& index) {
+    const int n = VekRequestBody::index(index, lines_.size());
+    if (n < 0) {
+        exchange->answer(404, VekHttpExchange::error("no device " + index + " (devices 0 to " +
+                                                     std::to_string(lines_.size() - 1) + ")"));
+        return nullptr;
+    }
+    return lines_[static_cast<size_t>(n)].get();
+}
+
+void VekApiRoutes::submit(const ExchangePtr& exchange, VekLineWorker& line, Run run) {
+    VekLineJob job;
+    job.client = exchange->request().client;
+    job.run = std::move(run);
+    job.refuse = [exchange](const std::string& why) {
+        exchange->answer(503, VekHttpExchange::error(why));
+    };
+    const std::string refused = line.submit(std::move(job));
+    if (!refused.empty()) {
+        exchange->answer(503, VekHttpExchange::error(refused));
+    }
+}
+
+void VekApiRoutes::devices(const ExchangePtr& exchange) {
+    Json list = Json::array();
+    for (const auto& line : lines_) {
+        list.push_back(line->describe());
+    }
+    exchange->answer(200, Json{{"devices", std::move(list)}});
+}
+
+void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    const VekMasterMessage* checked = nullptr;
+    vekprotocol::VekFields args;
+    const std::string problem =
+        VekRequestBody::message(catalog_, exchange->request().body, checked, args);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    const bool raw = exchange->request().flag("raw");
+    submit(exchange, *target,
+           [exchange, raw, feature = checked->feature, name = checked->name, args](
+               VekMasterSession& session, VekSessionAccess& access) {
+               Discard discard;
+               VekStreamSink stream(exchange, session);
+               VekRawSink* sink = raw ? static_cast<VekRawSink*>(&stream) : &discard;
+               const VekMasterReply& reply = access.request(feature, name, args, sink);
+               if (stream.started()) {
+                   return;
+               }
+               if (raw && reply.answered()) {
+                   exchange->answerBytes(200, "application/octet-stream", "",
+                                         {{"Vek-Reply", VekStreamSink::header(reply)}});
+               } else {
+                   answerReply(exchange, reply);
+               }
+           });
+}
+
+void VekApiRoutes::snapshot(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    Json only;
+    if (exchange->request().method == "POST") {
+        const std::string problem =
+            VekRequestBody::document(table_, exchange->request().body, only);
+        if (!problem.empty()) {
+            exchange->answer(400, VekHttpExchange::error(problem));
+            return;
+        }
+    }
+    submit(exchange, *target,
+           [this, exchange, only](VekMasterSession&, VekSessionAccess& access) {
+               VekDeviceReading reading;
+               if (!access.read(only.is_null() ? nullptr : settingsOf(only), reading)) {
+                   answerFailure(exchange, access.failure());
+                   return;
+               }
+               exchange->answer(200, VekTuningDocument::make(table_, reading.path, reading.version,
+                                                             reading.features,
+                                                             std::move(reading.settings)));
+           });
+}
+
+void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    Json document;
+    const std::string problem =
+        VekRequestBody::document(table_, exchange->request().body, document);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    VekTuningApply::Options options;
+    options.dryRun = exchange->request().flag("dry_run");
+    options.bypass = exchange->request().flag("bypass");
+    submit(exchange, *target,
+           [exchange, document, options](VekMasterSession&, VekSessionAccess& access) {
+               const VekTuningApply::Result result = access.apply(document, options);
+               exchange->answer(VekExitHttp::status(result.status), VekTuningApply::json(result));
+           });
+}
+
+void VekApiRoutes::diff(const ExchangePtr& exchange) {
+    VekRequestBody::Diff sides;
+    const std::string problem = VekRequestBody::diff(table_, exchange->request().body, sides);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    if (!sides.device[0] && !sides.device[1]) {
+        exchange->answer(200, VekTuningDiff::json(VekTuningDiff::compare(
+                                  table_, *settingsOf(sides.documents[0]),
+                                  *settingsOf(sides.documents[1]))));
+        return;
+    }
+    VekLineWorker* target = line(exchange, std::to_string(sides.index));
+    if (target == nullptr) {
+        return;
+    }
+    submit(exchange, *target, [this, exchange, sides](VekMasterSession&, VekSessionAccess& access) {
+        const int device = sides.device[0] ? 0 : 1;
+        const Json& other = *settingsOf(sides.documents[1 - device]);
+        VekDeviceReading reading;
+        if (!access.read(&other, reading)) {
+            answerFailure(exchange, access.failure());
+            return;
+        }
+        const Json& a = device == 0 ? reading.settings : other;
+        const Json& b = device == 0 ? other : reading.settings;
+        exchange->answer(200, VekTuningDiff::json(VekTuningDiff::compare(table_, a, b)));
+    });
+}
+
+void VekApiRoutes::files(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    submit(exchange, *target,
+           [exchange, feature = params[1]](VekMasterSession&, VekSessionAccess& access) {
+               answerReply(exchange, access.request("Common", "FileList", {feature}, nullptr));
+           });
+}
+
+void VekApiRoutes::file(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    submit(exchange, *target,
+           [exchange, feature = params[1], index = params[2]](VekMasterSession& session,
+                                                             VekSessionAccess& access) {
+               const VekMasterReply& list = access.request("Common", "FileList", {feature}, nullptr);
+               if (!list.answered()) {
+                   answerFailure(exchange, list);
+                   return;
+               }
+               const VekFieldPrinter::Field* files = list.field("files");
+               const size_t count = files != nullptr && !list.fail ? files->parts.size() : 0;
+               const int n = VekRequestBody::index(index, count);
+               if (n < 0) {
+                   exchange->answer(404, VekHttpExchange::error(
+                                             feature + " has " + std::to_string(count) +
+                                             (count == 1 ? " file" : " files") + ", no file " +
+                                             index));
+                   return;
+               }
+               const std::string path = files->parts[static_cast<size_t>(n)].text;
+               // A name a header can carry whatever the device calls its file.
+               std::string name = path.substr(path.rfind('/') + 1);
+               for (char& c : name) {
+                   c = std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-' ? c : '_';
+               }
+               VekStreamSink stream(
+                   exchange, session,
+                   {{"Content-Disposition", "attachment; filename=\"" + name + "\""}});
+               const VekMasterReply& content =
+                   access.request("Common", "FileContent", {path}, &stream);
+               if (stream.started()) {
+                   return;
+               }
+               if (!content.answered()) {
+                   answerFailure(exchange, content);
+               } else {
+                   exchange->answer(404, VekHttpExchange::error("the device answered NG for " +
+                                                                path));
+               }
+           });
+}
+
+}  // namespace vekserve

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VekHttpExchange.h"
+#include "VekLineWorker.h"
+#include "VekMessageCatalog.h"
+#include "VekRouteTable.h"
+#include "VekServeConfig.h"
+#include "VekSettingsTable.h"
+
+namespace vekserve {
+
+// The API: each route checks what it is given on the HTTP side (nothing reaches a line
+// that the catalogue or the settings table refuses) and hands the rest to the line as a
+// job. The answers are the structures the CLI prints, as JSON.
+class VekApiRoutes {
+public:
+    using ExchangePtr = std::shared_ptr<VekHttpExchange>;
+    using Params = VekRouteTable::Params;
+    using Lines = std::vector<std::unique_ptr<VekLineWorker>>;
+
+    // Adds the routes to table; lines and table must outlive the routes.
+    VekApiRoutes(Lines& lines, VekRouteTable& table);
+    VekApiRoutes(const VekApiRoutes&) = delete;
+    VekApiRoutes& operator=(const VekApiRoutes&) = delete;
+
+    // The status and body that say why a request got no answer.
+    static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+    // 200 with the answer as the API gives it, or the failure.
+    static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+
+private:
+    using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
+
+    void devices(const ExchangePtr& exchange);
+    void message(const ExchangePtr& exchange, const Params& params);
+    void snapshot(const ExchangePtr& exchange, const Params& params);
+    void apply(const ExchangePtr& exchange, const Params& params);
+    void diff(const ExchangePtr& exchange);
+    void files(const ExchangePtr& exchange, const Params& params);
+    void file(const ExchangePtr& exchange, const Params& params);
+
+    // The line a path names; null after answering 404.
+    VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
+    // Queues run on the line; 503 when the line does not take it.
+    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
+
+    Lines& lines_;
+    vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
+    vekmaster::VekMessageCatalog catalog_;
+    // Read-only once made, so the line threads share it.
+    const vekmaster::VekSettingsTable table_;
+};
+
+}  // namespace vekserve

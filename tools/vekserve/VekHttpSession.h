@@ -1,0 +1,95 @@
+#pragma once
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/buffer_body.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/serializer.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "VekConnection.h"
+#include "VekHttpExchange.h"
+#include "VekHttpServer.h"
+
+namespace vekserve {
+
+// One client's HTTP connection: reads a request (within the client timeout and the
+// body limit), checks who sends it, hands it to its route and writes the answer, then
+// the next request. One request at a time; the answer may come from another thread.
+class VekHttpSession : public VekHttpExchange,
+                       public VekConnection,
+                       public std::enable_shared_from_this<VekHttpSession> {
+public:
+    VekHttpSession(boost::asio::ip::tcp::socket&& socket, VekHttpServer& server);
+
+    void start();
+    void shutdown() override;
+
+    const VekHttpRequest& request() const override { return request_; }
+    void answer(int status, const Json& body, const Headers& headers = {}) override;
+    void answerBytes(int status, const std::string& type, std::string body,
+                     const Headers& headers = {}) override;
+    std::shared_ptr<VekBodyStream> answerStream(int status, const std::string& type,
+                                                uint64_t length,
+                                                const Headers& headers = {}) override;
+
+private:
+    struct Answer {
+        int status;
+        std::string type;
+        std::string body;
+        Headers headers;
+    };
+
+    void read();
+    void onRead(boost::beast::error_code ec);
+    void handle();
+    // An answer to a request that will not be read further: the connection ends after it.
+    void refuse(int status, const std::string& why);
+    void send(Answer answer);
+    void sendHead(int status, const std::string& type, uint64_t length, const Headers& headers);
+    void pump();
+    void sent(boost::beast::error_code ec);
+    // Stops sending, lets the client read what was sent, and ends.
+    void linger();
+    void drain();
+    void finish();
+    // The handle that route handlers get: its last copy, wherever dropped, lets go of
+    // this session on the server's thread.
+    std::shared_ptr<VekHttpExchange> exchange();
+
+    VekHttpServer& server_;
+    boost::beast::tcp_stream stream_;
+    boost::beast::flat_buffer buffer_;
+    std::optional<boost::beast::http::request_parser<boost::beast::http::string_body>> parser_;
+    VekHttpRequest request_;
+    std::string client_;
+    bool keepAlive_ = false;
+    bool busy_ = false;     // a request is being answered
+    bool closing_ = false;  // no request is read after the answer under way
+    bool finished_ = false;
+    bool answered_ = false;  // the request under way has its answer
+    bool linger_ = false;    // its body may be unread: let the client read the answer first
+    // The time a request has to come whole. Not the stream's own expiry, which would
+    // close the socket before a 408 could say why.
+    boost::asio::steady_timer deadline_;
+    bool reading_ = false;
+    bool timedOut_ = false;
+
+    std::shared_ptr<boost::beast::http::response<boost::beast::http::string_body>> plain_;
+    std::optional<boost::beast::http::response<boost::beast::http::buffer_body>> streamed_;
+    std::optional<boost::beast::http::response_serializer<boost::beast::http::buffer_body>>
+        serializer_;
+    std::shared_ptr<VekBodyStream> body_;
+    std::string chunk_;
+    bool writing_ = false;
+    char drain_[1024];
+};
+
+}  // namespace vekserve

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "VekMasterSession.h"
+#include "VekSessionAccess.h"
+
+namespace vekserve {
+
+// One client's errand on a line: a message, a snapshot, an apply. It runs on the line's
+// thread with the line's session to itself, and answers its client from there.
+struct VekLineJob {
+    std::string client;  // who asked: "127.0.0.1:41236"
+    std::function<void(vekmaster::VekMasterSession& session, vekmaster::VekSessionAccess& access)>
+        run;
+    // The job will not run (the line was lost or the server stops): answer 503 with why.
+    std::function<void(const std::string& why)> refuse;
+};
+
+}  // namespace vekserve

@@ -1,0 +1,351 @@
+#include "VekLineWorker.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <exception>
+
+#include "VekDeviceReader.h"
+#include "VekNames.h"
+#include "VekReplyJson.h"
+
+namespace vekserve {
+
+using namespace vekmaster;
+
+namespace {
+
+using Outcome = VekMasterReply::Outcome;
+
+const char* const kGreeting = "HELLO!\n";
+// Between jobs the line is read this often for the greeting and for a hang-up.
+constexpr auto kIdleSlice = std::chrono::milliseconds(100);
+constexpr int kIdleSlices = 10;  // a second: how often a lost line is tried again
+
+}  // namespace
+
+VekLineWorker::VekLineWorker(int index, std::string path, const VekServeConfig& config,
+                             VekEventHub& events, Log log)
+    : index_(index), path_(std::move(path)), config_(config), events_(events), log_(std::move(log)) {}
+
+VekLineWorker::~VekLineWorker() {
+    stop();
+    join();
+}
+
+void VekLineWorker::start(std::function<void()> stopped) {
+    stopped_ = std::move(stopped);
+    thread_ = std::thread([this] { run(); });
+}
+
+void VekLineWorker::stop() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    stopping_ = true;
+    wake_.notify_all();
+}
+
+void VekLineWorker::join() {
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+bool VekLineWorker::stopping() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return stopping_;
+}
+
+std::string VekLineWorker::submit(VekLineJob job) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (stopping_) {
+        return "the server is stopping";
+    }
+    if (state_ == State::Disconnected) {
+        return path_ + " is disconnected";
+    }
+    if (queue_.size() >= config_.queueLimit) {
+        return path_ + " has " + std::to_string(queue_.size()) +
+               " requests waiting already; try again later";
+    }
+    queue_.push_back(std::move(job));
+    wake_.notify_one();
+    return "";
+}
+
+VekLineWorker::Json VekLineWorker::describe() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    Json out = Json::object();
+    out["index"] = index_;
+    out["path"] = path_;
+    out["state"] = state_ == State::Connected      ? "connected"
+                   : state_ == State::Disconnected ? "disconnected"
+                                                   : "connecting";
+    if (!version_.empty()) {
+        out["version"] = version_;
+        out["features"] = features_;
+    }
+    return out;
+}
+
+VekLineWorker::Json VekLineWorker::stateEvent() const {
+    Json out = Json::object();
+    out["type"] = "state";
+    out["device"] = index_;
+    out.update(describe());
+    out.erase("index");
+    return out;
+}
+
+VekLineWorker::Json VekLineWorker::event(const char* type) const {
+    Json out = Json::object();
+    out["type"] = type;
+    out["device"] = index_;
+    out["path"] = path_;
+    out["client"] = client_;
+    return out;
+}
+
+void VekLineWorker::run() {
+    std::string problem;
+    if (!openLine(problem)) {
+        lose(problem);
+    } else if (identify()) {
+        setState(State::Connected, "");
+    } else {
+        lose(failure_);
+    }
+    while (!stopping()) {
+        if (describe()["state"] == "connected") {
+            serveJobs();
+        } else {
+            recover();
+        }
+    }
+    std::deque<VekLineJob> left;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        left.swap(queue_);
+    }
+    for (VekLineJob& job : left) {
+        job.refuse("the server is stopping");
+    }
+    closeLine();
+    if (stopped_) {
+        stopped_();
+    }
+}
+
+void VekLineWorker::serveJobs() {
+    for (;;) {
+        VekLineJob job;
+        {
+            std::unique_lock<std::mutex> lock(mutex_);
+            wake_.wait_for(lock, kIdleSlice, [this] { return stopping_ || !queue_.empty(); });
+            if (stopping_) {
+                return;
+            }
+            if (!queue_.empty()) {
+                job = std::move(queue_.front());
+                queue_.pop_front();
+            }
+        }
+        if (!job.run) {
+            if (!readIdle(0)) {
+                lose(failure_);
+                return;
+            }
+            if (greeted_) {
+                // The daemon started again behind our back: what it serves may differ.
+                if (!identify()) {
+                    lose(failure_);
+                    return;
+                }
+                setState(State::Connected, "");
+            }
+            continue;
+        }
+        client_ = job.client;
+        lineFailed_ = false;
+        unanswered_ = false;
+        try {
+            job.run(*session_, *access_);
+        } catch (const std::exception& e) {
+            // A fault of ours must cost one answer, not the server; a client that was
+            // answered already keeps its answer.
+            job.refuse(std::string("the server failed: ") + e.what());
+        }
+        client_ = "serve";
+        if (lineFailed_) {
+            lose(failure_);
+            return;
+        }
+        if (unanswered_) {
+            const std::string unanswered = failure_;
+            if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
+                lose(unanswered + ", nor to a version probe");
+                return;
+            }
+        }
+    }
+}
+
+void VekLineWorker::recover() {
+    while (!stopping()) {
+        std::string problem;
+        if (!line_ && !openLine(problem)) {
+            pause();
+            continue;
+        }
+        quiet_ = true;
+        const bool answered = identify();
+        quiet_ = false;
+        if (answered) {
+            setState(State::Connected, "");
+            return;
+        }
+        if (lineFailed_) {
+            closeLine();
+        }
+        pause();
+    }
+}
+
+void VekLineWorker::pause() {
+    for (int i = 0; i < kIdleSlices && !greeted_; ++i) {
+        if (line_) {
+            if (stopping() || !readIdle(static_cast<int>(kIdleSlice.count()))) {
+                closeLine();
+                return;
+            }
+            continue;
+        }
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (wake_.wait_for(lock, kIdleSlice, [this] { return stopping_; })) {
+            return;
+        }
+    }
+    greeted_ = false;
+}
+
+bool VekLineWorker::identify() {
+    lineFailed_ = false;
+    unanswered_ = false;
+    VekDeviceReader reader(*session_, *table_);
+    std::string version;
+    std::vector<std::string> features;
+    if (!reader.identify(version, features)) {
+        failure_ = reader.stopped().problem;
+        lineFailed_ = reader.stopped().outcome == Outcome::LineFailed;
+        return false;
+    }
+    greeted_ = false;
+    std::lock_guard<std::mutex> lock(mutex_);
+    version_ = version;
+    features_ = features;
+    return true;
+}
+
+bool VekLineWorker::openLine(std::string& problem) {
+    line_ = std::make_unique<VekSerialLine>();
+    problem = line_->open(path_, config_.baudRate);
+    if (!problem.empty()) {
+        line_.reset();
+        return false;
+    }
+    session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
+    session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                                const VekMasterReply* reply) { watch(message, args, reply); });
+    table_ = std::make_unique<VekSettingsTable>(session_->catalog());
+    access_ = std::make_unique<VekSessionAccess>(*session_, *table_, path_);
+    idle_.clear();
+    return true;
+}
+
+void VekLineWorker::closeLine() {
+    access_.reset();
+    table_.reset();
+    session_.reset();
+    line_.reset();
+}
+
+bool VekLineWorker::readIdle(int timeoutMs) {
+    char buffer[4096];
+    const ssize_t n = line_->receive(buffer, sizeof(buffer), timeoutMs);
+    if (n < 0) {
+        failure_ = std::string("the line failed: ") + std::strerror(errno);
+        lineFailed_ = true;
+        return false;
+    }
+    if (n > 0) {
+        const std::string bytes(buffer, static_cast<size_t>(n));
+        // A late answer to a request given up on is dropped by the session's reader.
+        session_->preload(bytes);
+        idle_ += bytes;
+        const size_t keep = std::strlen(kGreeting) - 1;
+        if (idle_.find(kGreeting) != std::string::npos) {
+            greeted_ = true;
+            idle_.clear();
+        } else if (idle_.size() > keep) {
+            idle_.erase(0, idle_.size() - keep);
+        }
+    }
+    return true;
+}
+
+void VekLineWorker::lose(const std::string& reason) {
+    if (lineFailed_ || !line_) {
+        closeLine();
+    }
+    std::deque<VekLineJob> waiting;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        waiting.swap(queue_);
+    }
+    setState(State::Disconnected, reason);
+    for (VekLineJob& job : waiting) {
+        job.refuse(path_ + " is disconnected: " + reason);
+    }
+}
+
+void VekLineWorker::setState(State state, const std::string& reason) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        state_ = state;
+    }
+    Json event = stateEvent();
+    if (state == State::Connected) {
+        log_(path_ + ": connected (" + version_ + "; " + VekNames::join(features_) + ")");
+    } else {
+        event["reason"] = reason;
+        log_(path_ + ": disconnected (" + reason + ")");
+    }
+    events_.publish(std::move(event));
+}
+
+void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                          const VekMasterReply* reply) {
+    if (reply != nullptr && reply->outcome == Outcome::LineFailed) {
+        lineFailed_ = true;
+        failure_ = reply->problem;
+    } else if (reply != nullptr && reply->outcome == Outcome::NoAnswer) {
+        unanswered_ = true;
+        failure_ = reply->problem;
+    }
+    // Nobody listening: the event is not worth making (it costs about as much as a
+    // request's own work on the server).
+    if (quiet_ || events_.subscribers() == 0) {
+        return;
+    }
+    Json out = event(reply == nullptr ? "request" : "response");
+    if (reply == nullptr) {
+        out["request"] = {{"feature", message.feature}, {"message", message.name}, {"args", args}};
+    } else if (reply->answered()) {
+        out["reply"] = VekReplyJson::of(*reply);
+    } else {
+        out["request"] = {{"feature", message.feature}, {"message", message.name}, {"args", args}};
+        out["error"] = reply->problem;
+    }
+    events_.publish(std::move(out));
+}
+
+}  // namespace vekserve

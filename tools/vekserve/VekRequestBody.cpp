@@ -1,0 +1,156 @@
+#include "VekRequestBody.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "VekTuningDocument.h"
+
+namespace vekserve {
+
+using namespace vekmaster;
+
+namespace {
+
+using Json = VekRequestBody::Json;
+
+// The text member of an object; false when it is absent or not text.
+bool textMember(const Json& object, const char* name, std::string& text) {
+    const Json* value = VekValueJson::member(&object, name);
+    if (value == nullptr || !value->is_string()) {
+        return false;
+    }
+    text = value->get<std::string>();
+    return true;
+}
+
+std::string parseObject(const std::string& body, Json& json) {
+    const std::string problem = VekTuningDocument::parse(body, json);
+    if (!problem.empty()) {
+        return "the body is not JSON: " + problem;
+    }
+    return json.is_object() ? "" : "the body is not a JSON object";
+}
+
+std::string checkDocument(const VekSettingsTable& table, const Json& document,
+                          const std::string& where) {
+    const std::string problem = VekTuningDocument::check(table, document);
+    return problem.empty() ? "" : where + problem;
+}
+
+}  // namespace
+
+std::string VekRequestBody::message(const VekMessageCatalog& catalog, const std::string& body,
+                                    const VekMasterMessage*& message, vekprotocol::VekFields& args) {
+    Json json;
+    std::string problem = parseObject(body, json);
+    if (!problem.empty()) {
+        return problem;
+    }
+    std::string feature;
+    std::string name;
+    if (!textMember(json, "feature", feature) || !textMember(json, "message", name)) {
+        return "expected {\"feature\": FEATURE, \"message\": MESSAGE, \"args\": [ARG...]}";
+    }
+    message = nullptr;
+    problem = catalog.prepare({feature, name}, message, args);
+    if (message == nullptr) {
+        return problem;
+    }
+    const Json* given = VekValueJson::member(&json, "args");
+    if (given != nullptr && !given->is_array()) {
+        return "args must be an array";
+    }
+    std::vector<const Json*> flat;
+    if (given != nullptr) {
+        for (const Json& arg : *given) {
+            if (arg.is_array()) {
+                for (const Json& element : arg) {
+                    flat.push_back(&element);
+                }
+            } else {
+                flat.push_back(&arg);
+            }
+        }
+    }
+    // Each ARG's field, in wire order; a list takes every ARG left.
+    std::vector<const VekFieldSignature::Slot*> slotOf;
+    for (const VekFieldSignature::Slot& slot : message->signature.slots()) {
+        const size_t count = slot.count == 0 ? flat.size() : slot.count;
+        for (size_t i = 0; i < count && slotOf.size() < flat.size(); ++i) {
+            slotOf.push_back(&slot);
+        }
+    }
+    args.clear();
+    for (size_t i = 0; i < flat.size(); ++i) {
+        std::string text;
+        if (flat[i]->is_string()) {
+            text = flat[i]->get<std::string>();
+        } else if (i < slotOf.size()) {
+            problem = VekValueJson::toWire(slotOf[i]->base, *flat[i], text);
+            if (!problem.empty()) {
+                return message->feature + ' ' + message->name + ": argument " +
+                       std::to_string(i + 1) + " (" + slotOf[i]->name + ':' + slotOf[i]->type +
+                       ") " + problem;
+            }
+        } else {
+            text = VekValueJson::dump(*flat[i]);
+        }
+        args.push_back(std::move(text));
+    }
+    return catalog.check(*message, args);
+}
+
+std::string VekRequestBody::document(const VekSettingsTable& table, const std::string& body,
+                                     Json& document) {
+    const std::string problem = parseObject(body, document);
+    return problem.empty() ? checkDocument(table, document, "") : problem;
+}
+
+std::string VekRequestBody::diff(const VekSettingsTable& table, const std::string& body,
+                                 Diff& diff) {
+    Json json;
+    std::string problem = parseObject(body, json);
+    if (!problem.empty()) {
+        return problem;
+    }
+    const char* const names[2] = {"a", "b"};
+    for (int side = 0; side < 2; ++side) {
+        const Json* value = VekValueJson::member(&json, names[side]);
+        if (value != nullptr && value->is_string() && value->get<std::string>() == "device") {
+            diff.device[side] = true;
+        } else if (value != nullptr && value->is_object()) {
+            diff.documents[side] = *value;
+            problem = checkDocument(table, *value, std::string(names[side]) + ": ");
+            if (!problem.empty()) {
+                return problem;
+            }
+        } else {
+            return std::string("expected {\"a\": A, \"b\": B}, each a tuning document or "
+                               "\"device\"; ") +
+                   names[side] + " is neither";
+        }
+    }
+    if (diff.device[0] && diff.device[1]) {
+        return "diff compares the device with a document, or two documents";
+    }
+    const Json* device = VekValueJson::member(&json, "device");
+    if (device != nullptr) {
+        if (!device->is_number_unsigned() || device->get<uint64_t>() > 1000000) {
+            return "device must be a device index (0, 1, ...)";
+        }
+        diff.index = static_cast<int>(device->get<uint64_t>());
+    }
+    return "";
+}
+
+int VekRequestBody::index(const std::string& text, size_t count) {
+    char* end = nullptr;
+    errno = 0;
+    const long value = std::strtol(text.c_str(), &end, 10);
+    const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return digits && *end == '\0' && errno == 0 && value >= 0 && static_cast<size_t>(value) < count
+               ? static_cast<int>(value)
+               : -1;
+}
+
+}  // namespace vekserve

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "VekMessageCatalog.h"
+#include "VekSettingsTable.h"
+#include "VekValueJson.h"
+
+namespace vekserve {
+
+// Reads the JSON bodies of the API's requests and checks them before anything is sent:
+// a message against the message catalogue, documents against the settings table. Each
+// gives "" or one line saying what is wrong, naming what was expected.
+class VekRequestBody {
+public:
+    using Json = vekmaster::VekValueJson::Json;
+
+    // What a diff compares: each side a document, or the device of that index.
+    struct Diff {
+        Json documents[2];
+        bool device[2] = {false, false};
+        int index = 0;
+    };
+
+    // {"feature": "Gain", "message": "SetMaster", "args": [-10]}: the message and its
+    // ARGs as wire text. An argument is a JSON value of its field's type, or a string
+    // taken as the field's text; an array argument stands for its elements.
+    static std::string message(const vekmaster::VekMessageCatalog& catalog, const std::string& body,
+                               const vekmaster::VekMasterMessage*& message,
+                               vekprotocol::VekFields& args);
+    // A tuning document (format vek-tuning/1).
+    static std::string document(const vekmaster::VekSettingsTable& table, const std::string& body,
+                                Json& document);
+    // {"a": DOCUMENT or "device", "b": DOCUMENT or "device", "device": N}
+    static std::string diff(const vekmaster::VekSettingsTable& table, const std::string& body,
+                            Diff& diff);
+    // A device index from a path segment: a decimal number below count, or -1.
+    static int index(const std::string& text, size_t count);
+};
+
+}  // namespace vekserve

@@ -1,0 +1,67 @@
+#include "VekServeConfig.h"
+
+#include <arpa/inet.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+namespace vekserve {
+
+std::string VekServeConfig::listen(const std::string& text) {
+    const size_t colon = text.rfind(':');
+    if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
+        return "--listen=" + text + " is not HOST:PORT";
+    }
+    std::string name = text.substr(0, colon);
+    if (name.size() > 2 && name.front() == '[' && name.back() == ']') {
+        name = name.substr(1, name.size() - 2);
+    }
+    unsigned char address[sizeof(in6_addr)];
+    if (name != "localhost" && inet_pton(AF_INET, name.c_str(), address) != 1 &&
+        inet_pton(AF_INET6, name.c_str(), address) != 1) {
+        return "--listen=" + text + ": " + name + " is not an IP address or localhost";
+    }
+    const std::string digits = text.substr(colon + 1);
+    char* end = nullptr;
+    errno = 0;
+    const long number = std::strtol(digits.c_str(), &end, 10);
+    if (end == digits.c_str() || *end != '\0' || errno != 0 || number < 0 || number > 65535) {
+        return "--listen=" + text + ": " + digits + " is not a port (0 to 65535)";
+    }
+    host = name;
+    port = static_cast<uint16_t>(number);
+    return "";
+}
+
+bool VekServeConfig::loopback() const {
+    in_addr v4{};
+    if (inet_pton(AF_INET, host.c_str(), &v4) == 1) {
+        return (ntohl(v4.s_addr) >> 24) == 127;
+    }
+    in6_addr v6{};
+    if (inet_pton(AF_INET6, host.c_str(), &v6) == 1) {
+        return IN6_IS_ADDR_LOOPBACK(&v6);
+    }
+    return host == "localhost";
+}
+
+std::string VekServeConfig::readToken(const std::string& path) {
+    std::ifstream in(path);
+    std::string line;
+    if (!in || !std::getline(in, line)) {
+        return "cannot read the token from " + path +
+               (errno != 0 ? std::string(": ") + std::strerror(errno) : "");
+    }
+    const size_t first = line.find_first_not_of(" \t\r");
+    const size_t last = line.find_last_not_of(" \t\r");
+    token = first == std::string::npos ? "" : line.substr(first, last - first + 1);
+    if (token.size() < 16) {
+        token.clear();
+        return path + " must hold a token of at least 16 characters on its first line";
+    }
+    return "";
+}
+
+}  // namespace vekserve

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vekserve {
+
+// How `vek_master serve` runs: the lines it owns, where it listens, and the limits that
+// keep one client from disturbing the others.
+struct VekServeConfig {
+    static constexpr const char* kDefaultListen = "127.0.0.1:8741";
+
+    std::vector<std::string> devices;
+    int32_t baudRate = 115200;
+    int timeoutMs = 3000;  // for each answer on a line
+
+    std::string host = "127.0.0.1";  // an IP address, or "localhost"
+    uint16_t port = 8741;            // 0: any free port (the one taken is printed)
+    std::string token;               // needed from every client when not empty
+
+    size_t queueLimit = 64;               // requests waiting per line
+    size_t bodyLimit = 1024 * 1024;       // bytes of a request body
+    int clientTimeoutMs = 15000;          // to send a request or take an answer
+    size_t subscriberLimit = 4096;        // events waiting for one subscriber
+
+    // Reads HOST:PORT ("127.0.0.1:8741", "[::1]:8741", "localhost:0"); "" or what is
+    // wrong with it.
+    std::string listen(const std::string& text);
+    // The listen address is one only this machine reaches.
+    bool loopback() const;
+    // Reads the token from the first line of a file; "" or why it cannot be used.
+    std::string readToken(const std::string& path);
+};
+
+}  // namespace vekserve
