@@ -6,6 +6,8 @@ closes (the benchmark keeps it in a process of its own)."""
 
 import os
 import select
+import signal
+import subprocess
 import sys
 import termios
 import threading
@@ -44,6 +46,39 @@ class Cable:
         self._thread.join()
         for fd in self._masters + self._slaves + list(self._stop):
             os.close(fd)
+
+
+class CabledDaemon:
+    """A daemon at the device end of a cable of its own, its output appended to log; the
+    other end (path) is the PC's. The cable stays, so the daemon can be stopped and
+    started again on the same line, as a device restarts while the PC keeps its end open."""
+
+    def __init__(self, daemon, args=(), log=os.devnull):
+        self.cable = Cable()
+        self.command = [str(daemon), f"--device={self.cable.ends[0]}", *args]
+        self.log = log
+        self.process = None
+        self.start()
+
+    @property
+    def path(self):
+        return self.cable.ends[1]
+
+    def start(self):
+        with open(self.log, "ab") as log:
+            self.process = subprocess.Popen(self.command, stdout=log, stderr=subprocess.STDOUT)
+
+    def stop(self):
+        """SIGUSR1, and the daemon's exit status."""
+        self.process.send_signal(signal.SIGUSR1)
+        status = self.process.wait(timeout=10)
+        self.process = None
+        return status
+
+    def close(self):
+        status = self.stop() if self.process else 0
+        self.cable.close()
+        return status
 
 
 if __name__ == "__main__":

@@ -2,13 +2,10 @@
 serial cable for Link on a path. The tests run against the build tree
 (PYTHONPATH=build/python, set by CTest)."""
 
-import signal
-import subprocess
-
 import pytest
 
 import vektuner
-from cable import Cable
+from cable import CabledDaemon
 
 # Short enough that a test of silence stays quick, long enough for a loaded machine.
 SHORT_TIMEOUT = 0.5
@@ -57,15 +54,8 @@ def launched(tmp_path):
 @pytest.fixture
 def cabled_daemon(tmp_path):
     """A daemon on one end of a cable; yields the path of the other end."""
-    cable = Cable()
-    log = open(tmp_path / "daemon.log", "wb")
-    daemon = subprocess.Popen([vektuner.default_daemon(), f"--device={cable.ends[0]}"],
-                              stdout=log, stderr=subprocess.STDOUT)
+    daemon = CabledDaemon(vektuner.default_daemon(), log=tmp_path / "daemon.log")
     try:
-        yield cable.ends[1]
+        yield daemon.path
     finally:
-        daemon.send_signal(signal.SIGUSR1)
-        status = daemon.wait(timeout=10)
-        log.close()
-        cable.close()
-        assert status == 0
+        assert daemon.close() == 0

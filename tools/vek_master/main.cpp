@@ -15,6 +15,7 @@
 #include "VekLineSettings.h"
 #include "VekMasterOptions.h"
 #include "VekMasterSession.h"
+#include "VekPanelAssets.h"
 #include "VekScriptReader.h"
 #include "VekSessionAccess.h"
 #include "VekRemoteAccess.h"
@@ -315,8 +316,9 @@ int serve(VekMasterOptions& options) {
     config.queueLimit = options.queue > 0 ? static_cast<size_t>(options.queue) : config.queueLimit;
     config.clientTimeoutMs =
         options.clientTimeoutMs > 0 ? static_cast<int>(options.clientTimeoutMs) : config.clientTimeoutMs;
-    const vekserve::VekStaticAssets none;
-    return vekserve::VekServe(config, none).run();
+    vekserve::VekStaticAssets panel;
+    vekserve::VekPanelAssets::addTo(panel);
+    return vekserve::VekServe(config, panel).run();
 }
 
 // The commands through a running server.

@@ -1,0 +1,149 @@
+import { el, NumberField, Switch, CodeSelect } from './controls.js';
+import { failure } from './api.js';
+import { Setting, CHANNELS, one, perChannel } from './setting.js';
+import { CurvePlot } from './curve.js';
+
+const BAND_FIELDS = ['value1', 'value2', 'value3', 'value4', 'value5', 'value6'];
+const BAND_TYPES = ['int', 'int', 'float', 'float', 'int', 'int'];
+
+// On/off, band counts, the selected channel's band table and its response curve, which
+// the server computes from the device's bands and is fetched again after every edit.
+export function equaliserPage(panel) {
+  let feature;
+  let counts;
+  let bands = [];
+  let body;
+  let error;
+  let plot;
+  let curveBusy = false;
+  let curveAgain = false;
+  let loading = false;
+  const page = {
+    id: 'equaliser', title: 'Equaliser', perDevice: true, needs: ['EqV2', 'Eq'], channel: 'LF',
+    build() {
+      feature = panel.features.includes('EqV2') ? 'EqV2' : 'Eq';
+      error = el('p', { class: 'error', 'aria-live': 'polite' });
+      const enable = panel.track(new Setting(panel, { feature, get: 'GetEnable', set: 'SetEnable',
+        fields: [one('enable', 'bool', 'Equaliser')] }));
+      enable.bind('enable', 0, new Switch({ label: 'Equaliser on', errorTarget: error,
+        onEdit: (on) => enable.edit('enable', 0, on) }));
+      counts = panel.track(new Setting(panel, { feature, get: 'GetBandCount',
+        set: feature === 'EqV2' ? 'SetBandCount' : null,
+        fields: [perChannel('bandCount', 'int', 'band count')],
+        onRead: (values) => {
+          const count = values.bandCount[CHANNELS.indexOf(page.channel)];
+          if (!loading && count !== bands.length) {
+            showBands(count).then(refreshCurve);
+          }
+        } }));
+      const countFields = CHANNELS.map((channel, i) => {
+        const field = new NumberField({ label: `${channel} band count`, step: 1, narrow: true,
+          range: panel.limits.range(feature, 'SetBandCount', 'bandCount', i), errorTarget: error,
+          onEdit: (value) => counts.edit('bandCount', i, value) });
+        field.input.readOnly = feature === 'Eq';
+        counts.bind('bandCount', i, field);
+        return el('label', { class: 'switch' }, channel, field.input);
+      });
+      const picker = el('select', { 'aria-label': 'Channel', onchange: (event) => {
+        page.channel = event.target.value;
+        showBands(counts.values ? counts.values.bandCount[CHANNELS.indexOf(page.channel)] : 0).then(refreshCurve);
+      } }, CHANNELS.map((c) => el('option', { value: c, text: c, selected: c === page.channel })));
+      plot = new CurvePlot();
+      body = el('tbody');
+      page.settings = [enable, counts];
+      return [
+        el('p', { class: 'note', text: feature === 'EqV2'
+          ? 'Flexible equaliser (EqV2): band counts per channel can be changed.'
+          : 'Fixed equaliser (Eq): 20 bands per channel.' }),
+        el('div', { class: 'tools' }, enable.controls.get('enable#0').element),
+        el('div', { class: 'tools' }, el('span', { text: 'Band counts' }), countFields),
+        el('div', { class: 'tools' }, el('label', {}, 'Channel ', picker)),
+        el('div', { class: 'eq' }, el('div', {}, plot.svg, plot.caption),
+          el('div', { class: 'scroll' }, el('table', { id: 'band-table' },
+            el('thead', {}, el('tr', {}, el('th', { scope: 'col', text: 'Band' }),
+              BAND_FIELDS.map((field, i) => el('th', { scope: 'col', text: columnName(i) })))),
+            body)), error),
+      ];
+    },
+    async load() {
+      loading = true;
+      await Promise.all(page.settings.map((s) => s.read()));
+      loading = false;
+      const count = counts.values ? counts.values.bandCount[CHANNELS.indexOf(page.channel)] : 0;
+      await showBands(count);
+      await refreshCurve();
+    },
+  };
+
+  function names() {
+    const band = panel.limits.band;
+    const named = {};
+    if (band) {
+      named[band.type] = 'Type';
+      named[band.frequency] = 'Frequency';
+      named[band.gain] = 'Gain';
+      named[band.q] = 'Q';
+    }
+    return named;
+  }
+
+  function columnName(i) {
+    const unit = panel.limits.unit(feature, 'SetBandConfig', BAND_FIELDS[i]);
+    const name = names()[i] || `Value ${i + 1}`;
+    return `${name}${unit ? ` (${unit})` : ''}${names()[i] ? ` · value${i + 1}` : ''}`;
+  }
+
+  // The table rows of the channel's bands, read from the device.
+  async function showBands(count) {
+    panel.settings = panel.settings.filter((s) => !bands.includes(s));
+    bands = [];
+    const rows = [];
+    const channel = page.channel;
+    const types = panel.limits.band ? panel.limits.band.types : null;
+    for (let b = 0; b < Math.min(Math.max(count, 0), 40); b += 1) {
+      const setting = panel.track(new Setting(panel, {
+        feature, get: 'GetBandConfig', set: 'SetBandConfig', key: [channel, b],
+        fields: BAND_FIELDS.map((name, i) => ({ name, count: 1, type: BAND_TYPES[i],
+          label: () => `${channel} band ${b} ${(names()[i] || name).toLowerCase()}` })),
+        onRead: () => { if (!loading) { refreshCurve(); } },
+      }));
+      bands.push(setting);
+      const cells = BAND_FIELDS.map((name, i) => {
+        const label = `${channel} band ${b} ${columnName(i)}`;
+        const onEdit = (value) => setting.edit(name, 0, value);
+        const control = types && i === panel.limits.band.type
+          ? new CodeSelect({ label, names: types, onEdit, errorTarget: error })
+          : new NumberField({ label, narrow: true, errorTarget: error, onEdit,
+            step: BAND_TYPES[i] === 'int' ? 1 : 'any',
+            range: panel.limits.range(feature, 'SetBandConfig', name) });
+        setting.bind(name, 0, control);
+        return el('td', {}, control.element || control.input);
+      });
+      rows.push(el('tr', {}, el('th', { scope: 'row', text: b }), cells));
+    }
+    body.replaceChildren(...rows);
+    loading = true;
+    await Promise.all(bands.map((s) => s.read()));
+    loading = false;
+  }
+
+  async function refreshCurve() {
+    if (curveBusy) {
+      curveAgain = true;
+      return;
+    }
+    curveBusy = true;
+    do {
+      curveAgain = false;
+      const answer = await panel.api.get(`/api/devices/${panel.device}/eq/${page.channel}/curve?points=256`);
+      const why = failure(answer);
+      if (why) {
+        plot.showProblem(`No response curve: ${why}`);
+      } else {
+        plot.draw(answer.body);
+      }
+    } while (curveAgain);
+    curveBusy = false;
+  }
+  return page;
+}
