@@ -108,7 +108,16 @@ def chromium(width=1280, height=800):
                  f"--user-data-dir={tempfile.mkdtemp(prefix='vek-chromium-')}"):
         options.add_argument(flag)
     service = Service(os.environ.get("VEK_CHROMEDRIVER", "/usr/bin/chromedriver"))
-    return webdriver.Chrome(service=service, options=options)
+    driver = webdriver.Chrome(service=service, options=options)
+    viewport(driver, width, height)
+    return driver
+
+
+def viewport(driver, width, height):
+    """The page's own area at exactly this size, whatever the window's frame takes."""
+    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                           {"width": width, "height": height, "deviceScaleFactor": 1,
+                            "mobile": False})
 
 
 class Page:
@@ -119,7 +128,10 @@ class Page:
         self.url = url
 
     def open(self, device=0, tab="devices"):
-        self.driver.get(f"{self.url}/#{tab}")
+        # A query of its own each time: a URL that differs only in its fragment would
+        # not load the page again.
+        self.opened = getattr(self, "opened", 0) + 1
+        self.driver.get(f"{self.url}/?load={self.opened}#{tab}")
         self.wait(lambda d: d.execute_script("return document.body.dataset.loads") is not None)
         if device != 0:
             loads = self.loads()

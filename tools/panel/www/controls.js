@@ -95,14 +95,14 @@ export class SliderRow {
     this.field = new NumberField({ label: unit ? `${label} (${unit})` : label, range, step, onEdit,
                                    errorTarget: this.error });
     this.field.input.id = id;
-    this.field.input.removeAttribute('aria-label');
     this.field.input.setAttribute('aria-describedby', this.error.id);
     this.dragging = false;
     this.slider = null;
     if (range) {
       this.slider = el('input', {
         type: 'range', min: range.min, max: range.max,
-        step: step === 'any' ? Math.max((range.max - range.min) / 400, 0.01) : step,
+        // A round step of a few hundred along the range: 0.1 dB over -60 to 12 dB.
+        step: step === 'any' ? 10 ** Math.floor(Math.log10((range.max - range.min) / 100)) : step,
         'aria-label': `${label} slider${unit ? ` (${unit})` : ''}`,
       });
       this.slider.addEventListener('pointerdown', () => { this.dragging = true; });

@@ -1,0 +1,266 @@
+"""The panel as a tuning engineer uses it, in headless Chromium against `vek_master
+serve` with two simulated daemons: device 0 serves Reverb and the flexible equaliser,
+device 1 the fixed-band equaliser."""
+
+import json
+import os
+import time
+
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+
+from conftest import viewport
+
+PAGES = ["devices", "common", "gain", "equaliser", "hfe", "vb", "reverb", "speaker", "tuning",
+         "traffic"]
+
+
+def test_assets_come_with_their_types_and_fit_the_budget(rig):
+    total = 0
+    for path, kind in (("/", "text/html"), ("/main.js", "text/javascript"),
+                       ("/setting.js", "text/javascript"), ("/panel.css", "text/css"),
+                       ("/icon.svg", "image/svg+xml")):
+        status, headers, body = rig.server.call("GET", path)
+        assert status == 200 and headers["Content-Type"].startswith(kind), path
+    source = os.path.join(os.environ["VEK_SOURCE_DIR"], "tools", "panel", "www")
+    for name in os.listdir(source):
+        status, _, body = rig.server.call("GET", "/" + name)
+        assert status == 200 and body == open(os.path.join(source, name), "rb").read(), name
+        total += len(body)
+    print(f"\npanel assets: {len(os.listdir(source))} files, {total} bytes")
+    assert total < 150 * 1024
+
+
+def test_pages_show_each_device_and_its_features(rig, browser):
+    started = time.monotonic()
+    browser.open()
+    ready = browser.driver.execute_script("return window.vekPanelReady")
+    print(f"\nopening the page to every value shown: {ready:.0f} ms in the page, "
+          f"{(time.monotonic() - started) * 1000:.0f} ms with the driver")
+    rows = browser.driver.find_elements(By.CSS_SELECTOR, "#device-table tbody tr")
+    texts = [row.text for row in rows]
+    assert len(texts) == 2
+    assert rig.daemons[0].path in texts[0] and "Reverb" in texts[0] and "EqV2" in texts[0]
+    assert rig.daemons[1].path in texts[1] and "Reverb" not in texts[1] and " Eq " in texts[1]
+    for page in PAGES:
+        browser.tab(page)
+        browser.shot(f"{page}-1280x800")
+    assert browser.driver.find_element(By.ID, "tab-reverb").is_displayed()
+    equaliser = browser.tab("equaliser")
+    assert "Flexible equaliser (EqV2)" in equaliser.text
+    assert len(equaliser.find_elements(By.CSS_SELECTOR, "#band-table tbody tr")) == 10
+
+    browser.open(device=1)
+    assert not browser.driver.find_element(By.ID, "tab-reverb").is_displayed()
+    equaliser = browser.tab("equaliser")
+    assert "Fixed equaliser (Eq): 20 bands" in equaliser.text
+    assert len(equaliser.find_elements(By.CSS_SELECTOR, "#band-table tbody tr")) == 20
+    browser.shot("equaliser-fixed-1280x800")
+    viewport(browser.driver, 800, 1280)
+    for page in ("gain", "equaliser", "speaker"):
+        browser.tab(page)
+        browser.shot(f"{page}-800x1280")
+        width = browser.driver.execute_script("return document.documentElement.scrollWidth")
+        assert width <= 800, f"{page} is {width} px wide at tablet width"
+    viewport(browser.driver, 1280, 800)
+
+
+def test_every_control_has_a_name_and_the_tabs_work_from_the_keyboard(browser):
+    browser.open()
+    roles = {"button", "checkbox", "switch", "slider", "spinbutton", "textbox", "combobox",
+             "ComboBoxSelect", "ComboBoxMenuButton", "radio", "tab", "link"}
+    checked = 0
+    for page in PAGES:
+        browser.tab(page)
+        # Chromium's own accessibility tree: the names a screen reader announces.
+        tree = browser.driver.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]
+        for node in tree:
+            role = node.get("role", {}).get("value")
+            if node.get("ignored") or role not in roles:
+                continue
+            checked += 1
+            name = node.get("name", {}).get("value", "").strip()
+            assert name, f"{page}: a {role} without a name (DOM node {node.get('backendDOMNodeId')})"
+    assert checked > 300
+    tab = browser.driver.find_element(By.ID, "tab-gain")
+    tab.click()
+    tab.send_keys(Keys.ARROW_RIGHT)
+    assert browser.driver.switch_to.active_element.get_attribute("id") == "tab-equaliser"
+    assert browser.driver.find_element(By.ID, "page-equaliser").is_displayed()
+
+
+# Moves a slider as a drag does, one input event per value, and reports when the last
+# value's set request was answered and when its read-back was shown (ms from the start).
+DRAG = """
+    const [slider, values, done] = arguments;
+    const started = performance.now();
+    const times = {};
+    const fetched = window.fetch;
+    window.fetch = async (...call) => {
+      const answer = await fetched(...call);
+      if (String(call[1] && call[1].body).includes('"SetMaster"')) {
+        times.answered = performance.now() - started;
+      }
+      return answer;
+    };
+    for (const value of values) {
+      slider.value = String(value);
+      slider.dispatchEvent(new Event('input', { bubbles: true }));
+    }
+    const watch = () => {
+      if (!window.vekPanel.settings.some((s) => s.busy)) {
+        window.fetch = fetched;
+        times.shown = performance.now() - started;
+        done(times);
+      } else {
+        setTimeout(watch, 1);
+      }
+    };
+    watch();
+"""
+
+
+def test_the_master_gain_slider_sends_its_value_and_shows_the_read_back(rig, browser):
+    browser.open()
+    browser.tab("gain")
+    slider = browser.field("Master gain slider (dB)")
+    field = browser.field("Master gain (dB)")
+    before = len(rig.received(0, r":Gain:SetMasterRequest:"))
+    # A drag over a hundred steps: the first value goes out at once, the others wait,
+    # and only the last of them is sent once the first has its read-back.
+    drag = browser.driver.execute_async_script(DRAG, slider, [(s * 3 - 400) / 10 for s in range(101)])
+    sent = rig.received(0, r":Gain:SetMasterRequest:")[before:]
+    assert len(sent) == 2 and sent[0].endswith(":<-40>:") and sent[1].endswith(":<-10>:"), sent
+    assert field.get_attribute("value") == "-10"
+    # One step from the keyboard.
+    slider.send_keys(Keys.ARROW_RIGHT)
+    browser.wait(lambda d: rig.received(0, r":Gain:SetMasterRequest:")[-1].endswith(":<-9.9>:"))
+    browser.wait(lambda d: field.get_attribute("value") == "-9.9")
+    step = browser.driver.execute_async_script(DRAG, slider, [-3.5])
+    assert rig.received(0, r":Gain:SetMasterRequest:")[-1].endswith(":<-3.5>:")
+    assert rig.received(0, r"Gain:GetMasterRequest")
+    assert field.get_attribute("value") == "-3.5"
+    print(f"\nslider move to the device's answer: {step['answered']:.1f} ms, to its read-back "
+          f"shown: {step['shown']:.1f} ms; a hundred-step drag: {drag['shown']:.1f} ms to the "
+          f"last value's read-back")
+
+
+def set_field(element, text):
+    """Types a value into a number field as a person does: select, type, Enter."""
+    element.send_keys(Keys.CONTROL, "a")
+    element.send_keys(text, Keys.ENTER)
+
+
+def test_editing_a_band_redraws_the_curve(rig, browser):
+    browser.open()
+    browser.tab("equaliser")
+    total = browser.driver.find_element(By.CSS_SELECTOR, ".curve path.total")
+    assert len(browser.driver.find_elements(By.CSS_SELECTOR, ".curve path.band")) == 10
+    before = total.get_attribute("d")
+    gain = browser.field("LF band 3 Gain (dB) · value3")
+    set_field(gain, "9")
+    browser.wait(lambda d: rig.received(0, r"EqV2:SetBandConfigRequest:0:OK:<LF:3:"))
+    assert rig.received(0, r"SetBandConfigRequest")[-1].endswith(":<LF:3:2:250:9:0.707:0:1>:")
+    browser.wait(lambda d: d.find_element(By.CSS_SELECTOR, ".curve path.total").get_attribute("d") != before)
+    browser.shot("equaliser-edited-1280x800")
+
+
+def test_a_change_in_one_window_appears_in_another(rig, browser, second_browser):
+    browser.open()
+    second_browser.open()
+    browser.tab("gain")
+    second_browser.tab("gain")
+    seen = second_browser.field("RS gain (dB)")
+    started = time.monotonic()
+    set_field(browser.field("RS gain (dB)"), "-6.5")
+    second_browser.wait(lambda d: seen.get_attribute("value") == "-6.5")
+    print(f"\nanother window shows the change after {(time.monotonic() - started) * 1000:.0f} ms")
+    # A script's change through the API appears as well.
+    status, _ = rig.server.json("POST", "/api/devices/0/request",
+                                {"feature": "Speaker", "message": "SetDelay", "args": [0, 0, 2, 2, 1, 0]})
+    assert status == 200
+    second_browser.tab("speaker")
+    delay = second_browser.field("LS delay (ms)")
+    second_browser.wait(lambda d: delay.get_attribute("value") == "2")
+
+
+def test_a_document_shows_its_differences_then_applies_on_both_devices(rig, browser, tmp_path):
+    status, document = rig.server.json("GET", "/api/devices/0/snapshot")
+    assert status == 200
+    settings = document["settings"]
+    # What both devices serve, with three values changed from device 0's.
+    tuning = {"format": "vek-tuning/1", "settings": {"Gain": settings["Gain"], "Speaker": settings["Speaker"]}}
+    tuning["settings"]["Gain"]["master"] = -20
+    tuning["settings"]["Gain"]["channel"]["CF"] = -3
+    tuning["settings"]["Speaker"]["delay"]["L1"] = 4.5
+    path = tmp_path / "reference.json"
+    path.write_text(json.dumps(tuning))
+    expected = [rig.server.json("POST", "/api/diff", {"a": tuning, "b": "device", "device": i})[1]["differences"]
+                for i in range(2)]
+    assert [d["setting"] for d in expected[0]] == ["Gain.master", "Gain.channel[CF]", "Speaker.delay[L1]"]
+
+    browser.open()
+    browser.tab("devices")
+    browser.field("Include device 1 in tuning actions").click()
+    page = browser.tab("tuning")
+    page.find_element(By.ID, "tuning-file").send_keys(str(path))
+    browser.wait(lambda d: len(d.find_elements(By.CSS_SELECTOR, "table.diff")) == 2)
+    for index in range(2):
+        rows = page.find_elements(By.CSS_SELECTOR, f"table.diff[data-device='{index}'] tbody tr")
+        assert [r.text for r in rows] == [f"{e['setting']} {e['a']} {e['b']}" for e in expected[index]]
+    browser.shot("tuning-diff-1280x800")
+    page.find_element(By.ID, "tuning-bypass").click()
+    page.find_element(By.XPATH, "//button[text()='Apply']").click()
+    browser.wait(lambda d: len(d.find_elements(By.CSS_SELECTOR, ".apply-status")) == 2)
+    verdicts = [e.text for e in page.find_elements(By.CSS_SELECTOR, ".apply-status")]
+    assert all(v.startswith("OK: ") and v.endswith("the device matches") for v in verdicts), verdicts
+    assert "read back: took" in page.text
+    browser.shot("tuning-applied-1280x800")
+    for index in range(2):
+        assert rig.server.json("POST", "/api/diff", {"a": tuning, "b": "device", "device": index})[1]["equal"]
+    # The open pages follow: the apply's set messages are re-read.
+    browser.tab("gain")
+    browser.wait(lambda d: browser.field("Master gain (dB)").get_attribute("value") == "-20")
+
+
+def test_an_out_of_range_value_is_refused_in_the_page_with_nothing_sent(rig, browser):
+    browser.open()
+    browser.tab("gain")
+    before = len(rig.received(0, r"SetMasterRequest"))
+    field = browser.field("Master gain (dB)")
+    set_field(field, "60")
+    error = browser.driver.find_element(By.ID, field.get_attribute("aria-describedby"))
+    browser.wait(lambda d: "outside" in error.text)
+    assert "60 dB is outside -60 to 12 dB" in error.text and "profile" in error.text
+    assert field.get_attribute("aria-invalid") == "true"
+    browser.tab("equaliser")
+    set_field(browser.field("LF band 0 Frequency (Hz) · value2"), "30000")
+    assert "outside" in browser.driver.find_element(By.CSS_SELECTOR, "#page-equaliser p.error").text
+    time.sleep(0.3)
+    assert len(rig.received(0, r"SetMasterRequest")) == before
+    assert not rig.received(0, r"SetBandConfigRequest:0:OK:<LF:0:")
+    # The server refuses it too.
+    status, body = rig.server.json("POST", "/api/devices/0/request",
+                                   {"feature": "Gain", "message": "SetMaster", "args": [60]})
+    assert status == 400 and body["field"] == "masterGain"
+    assert len(rig.received(0, r"SetMasterRequest")) == before
+
+
+def test_a_lost_line_greys_the_controls_and_a_new_greeting_brings_the_values_back(rig, browser):
+    browser.open(device=1)
+    browser.tab("gain")
+    assert rig.daemons[1].stop() == 0
+    # The server learns of the stop from the next request that goes unanswered.
+    set_field(browser.field("LF gain (dB)"), "-1")
+    banner = browser.driver.find_element(By.ID, "banner")
+    browser.wait(lambda d: banner.is_displayed(), timeout=15)
+    assert rig.daemons[1].path in banner.text
+    assert browser.driver.find_element(By.CSS_SELECTOR, "#page-gain fieldset").get_attribute("disabled")
+    browser.shot("lost-line-1280x800")
+    loads = browser.loads()
+    rig.daemons[1].start()
+    browser.wait(lambda d: browser.loads() > loads, timeout=15)
+    assert not banner.is_displayed()
+    assert not browser.driver.find_element(By.CSS_SELECTOR, "#page-gain fieldset").get_attribute("disabled")
+    # A restarted simulator starts from its tuned state again.
+    assert browser.field("Master gain (dB)").get_attribute("value") == "-12"
