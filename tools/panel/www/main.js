@@ -129,8 +129,7 @@ class Panel {
     this.settings = [];
     const device = this.current;
     const state = device ? device.state : 'absent';
-    document.getElementById('line-state').textContent =
-      device ? `${device.path}: ${state}${device.version ? ` (${device.version})` : ''}` : 'no device';
+    this.showLineState();
     for (const page of this.pages) {
       if (page.perDevice) {
         page.tab.hidden = Boolean(page.needs) && !page.needs.some((f) => this.features.includes(f));
@@ -155,6 +154,12 @@ class Panel {
     this.loads += 1;
     document.body.dataset.loads = String(this.loads);
     window.vekPanelReady = window.vekPanelReady || performance.now();
+  }
+
+  showLineState() {
+    const device = this.current;
+    document.getElementById('line-state').textContent = device
+      ? `${device.path}: ${device.state}${device.version ? ` (${device.version})` : ''}` : 'no device';
   }
 
   setOffline(why) {
@@ -205,6 +210,7 @@ class Panel {
     if (event.device !== this.device) {
       return;
     }
+    this.showLineState();
     if (event.state !== 'connected') {
       // The controls stay, greyed, showing what the device last answered.
       this.setOffline(`${event.path} is ${event.state}${event.reason ? ` (${event.reason})` : ''}; ` +
