@@ -82,6 +82,10 @@ export function tuningPage(panel) {
 
   // The document against each device: only what differs.
   async function showDiff() {
+    if (targets().length === 0) {
+      results.replaceChildren(el('p', { class: 'bad', text: 'Tick a device on the Devices page first.' }));
+      return;
+    }
     const parts = await Promise.all(targets().map(async (index) => {
       const device = panel.devices[index];
       const answer = await panel.api.post('/api/diff', { a: doc, b: 'device', device: index });
