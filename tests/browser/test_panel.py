@@ -8,6 +8,7 @@ import time
 
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select
 
 from conftest import viewport
 
@@ -140,6 +141,16 @@ def test_the_master_gain_slider_sends_its_value_and_shows_the_read_back(rig, bro
     assert rig.received(0, r":Gain:SetMasterRequest:")[-1].endswith(":<-3.5>:")
     assert rig.received(0, r"Gain:GetMasterRequest")
     assert field.get_attribute("value") == "-3.5"
+    # The traffic page shows the requests and answers, a feature's alone when asked.
+    browser.tab("traffic")
+    Select(browser.field("Show the traffic of feature")).select_by_value("Gain")
+    shown = browser.driver.execute_script(
+        "return [...document.querySelectorAll('#traffic-log tbody tr')].filter((r) => !r.hidden)"
+        ".map((r) => r.dataset.feature + ' ' + r.textContent)")
+    assert all(row.startswith("Gain ") for row in shown)
+    assert any("Gain SetMasterResponse OK" in row for row in shown)
+    assert any("Gain GetMasterResponse OK masterGain=-3.5" in row for row in shown)
+    assert any("Gain SetMaster -3.5" in row for row in shown)
     print(f"\nslider move to the device's answer: {step['answered']:.1f} ms, to its read-back "
           f"shown: {step['shown']:.1f} ms; a hundred-step drag: {drag['shown']:.1f} ms to the "
           f"last value's read-back")

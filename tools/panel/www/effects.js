@@ -42,7 +42,6 @@ function effectPage(panel, { id, feature, note, columns }) {
           el('thead', {}, el('tr', {}, el('th', { scope: 'col', text: 'Channel' }), heads)),
           el('tbody', {}, rows))), error];
     },
-    load() { return Promise.all(page.settings.map((s) => s.read())); },
   };
   return page;
 }

@@ -35,7 +35,6 @@ export function gainPage(panel) {
         ...sliderRows(panel, fade, 'fadeBalance', FADE, 1),
       ];
     },
-    load() { return Promise.all(page.settings.map((s) => s.read())); },
   };
   return page;
 }

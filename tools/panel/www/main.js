@@ -147,7 +147,8 @@ class Panel {
       if (page.perDevice && !page.tab.hidden) {
         const fieldset = el('fieldset', { class: 'device-controls' }, page.build());
         page.section.append(fieldset);
-        reads.push(page.load());
+        // A page without a load of its own shows its settings' values.
+        reads.push(page.load ? page.load() : Promise.all(page.settings.map((s) => s.read())));
       }
     }
     await Promise.all(reads);

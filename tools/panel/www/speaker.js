@@ -32,7 +32,6 @@ export function speakerPage(panel) {
         ...sliderRows(panel, delay, 'delay', CHANNELS.map((c) => `${c} delay`)),
       ];
     },
-    load() { return Promise.all(page.settings.map((s) => s.read())); },
   };
 
   // A number and a button that sends it as a test pattern for one speaker.
@@ -74,7 +73,6 @@ export function reverbPage(panel) {
       return [el('p', { class: 'note', text: 'The mode reads as what was last set through the daemon since it started; the reverb enable is not asked for, as asking sets mode 0 on the platform.' }),
         ...sliderRows(panel, mode, 'mode', ['Reverb mode'], 1)];
     },
-    load() { return Promise.all(page.settings.map((s) => s.read())); },
   };
   return page;
 }

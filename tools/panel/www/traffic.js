@@ -18,7 +18,9 @@ export function trafficPage(panel) {
       if (event.type === 'state') {
         text = `line ${event.state}${event.version ? ` (${event.version})` : ''}${event.reason ? `: ${event.reason}` : ''}`;
       } else if (event.reply) {
-        text = event.reply.frame || `${event.reply.feature} ${event.reply.message} ${event.reply.status}`;
+        const fields = Object.entries(event.reply.fields || {})
+          .map(([name, value]) => `${name}=${Array.isArray(value) ? value.join(':') : value}`);
+        text = [event.reply.feature, event.reply.message, event.reply.status, ...fields].join(' ');
       } else {
         text = `${event.request.feature} ${event.request.message} ${event.request.args.join(' ')}` +
                (event.error ? ` — ${event.error}` : '');
@@ -27,7 +29,7 @@ export function trafficPage(panel) {
         features.add(feature);
         filter.append(el('option', { value: feature, text: feature }));
       }
-      const row = el('tr', { 'data-feature': feature, hidden: filter.value && filter.value !== feature },
+      const row = el('tr', { 'data-feature': feature, hidden: Boolean(filter.value) && filter.value !== feature },
         el('td', { text: (event.time || '').slice(11, 23) }), el('td', { text: event.device }),
         el('td', { text: event.client || '' }),
         el('td', { text: event.type === 'request' ? '→' : event.type === 'response' ? '←' : '•' }),
