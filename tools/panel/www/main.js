@@ -136,6 +136,10 @@ class Panel {
         page.section.replaceChildren(el('h2', { text: page.title }));
       }
     }
+    const shown = this.pages.find((page) => !page.section.hidden);
+    if (shown && shown.tab.hidden) {
+      this.show(this.pages[0]);
+    }
     if (!device || state !== 'connected') {
       this.setOffline(device ? `${device.path} is ${state}${device.reason ? ` (${device.reason})` : ''}; ` +
                                'the controls come back when the device answers.' : 'No device.');
