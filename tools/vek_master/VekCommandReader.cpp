@@ -1,5 +1,7 @@
 #include "VekCommandReader.h"
 
+#include "VekChannelBands.h"
+
 namespace vekmaster {
 
 namespace {
@@ -11,7 +13,7 @@ const char* const kDevice = "device";
 }  // namespace
 
 bool VekCommandReader::isVerb(const std::string& word) {
-    return word == "snapshot" || word == "apply" || word == "diff";
+    return word == "snapshot" || word == "apply" || word == "diff" || word == "curve";
 }
 
 std::string VekCommandReader::read(const VekMessageCatalog& catalog,
@@ -38,6 +40,16 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         command.paths[1] = words[2];
         if (command.paths[0] == kDevice && command.paths[1] == kDevice) {
             return "diff compares the device with a document, or two documents";
+        }
+    } else if (verb == "curve") {
+        command.verb = Verb::Curve;
+        if (words.size() != 2) {
+            return "curve takes one channel: curve CHANNEL (LF RF LS RS CF L1)";
+        }
+        command.channel = words[1];
+        const std::string problem = VekChannelBands::checkChannel(command.channel);
+        if (!problem.empty()) {
+            return "curve: " + problem;
         }
     } else {
         const VekMasterMessage* message = nullptr;

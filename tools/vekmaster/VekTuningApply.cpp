@@ -64,6 +64,16 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     if (!placeBypass(settings, current, options, steps, result)) {
         return result;
     }
+    // Every request is checked before the first is sent: a request also carries the
+    // device's own values of the channels the document leaves alone.
+    for (const Step& step : steps) {
+        const std::string refused = session_.catalog().check(*step.setting->set, step.args);
+        if (!refused.empty()) {
+            result.status = VekExitStatus::kUsage;
+            result.problem = refused + "; nothing was set";
+            return result;
+        }
+    }
     for (const Step& step : steps) {
         result.requests.push_back(step.setting->set->text(step.args));
         result.values += step.wanted.size();
@@ -85,26 +95,6 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
         result.status = VekExitStatus::kNg;
     }
     return result;
-}
-
-Json VekTuningApply::json(const Result& result) {
-    Json changes = Json::array();
-    for (const Change& change : result.changes) {
-        changes.push_back({{"setting", change.label}, {"from", change.from}, {"to", change.to}});
-    }
-    Json failures = Json::array();
-    for (const Failure& failure : result.failures) {
-        failures.push_back({{"setting", failure.label}, {"reason", failure.reason}});
-    }
-    Json out = Json::object();
-    out["status"] = result.status == VekExitStatus::kOk ? "OK" : "NG";
-    out["requests"] = result.requests;
-    out["changes"] = std::move(changes);
-    out["failures"] = std::move(failures);
-    if (!result.problem.empty()) {
-        out["error"] = result.problem;
-    }
-    return out;
 }
 
 void VekTuningApply::plan(const Json& settings, const Json& current, std::vector<Step>& steps,
