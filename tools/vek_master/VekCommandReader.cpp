@@ -60,6 +60,10 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         command.feature = message->feature;
         command.name = message->name;
     }
+    if ((!command.svg.empty() || command.csv || !command.document.empty() || command.points != 0) &&
+        command.verb != Verb::Curve) {
+        return "--svg, --csv, --document and --points go with curve";
+    }
     if ((command.dryRun || command.bypass) && command.verb != Verb::Apply) {
         return "--dry-run and --bypass go with apply";
     }
@@ -81,8 +85,15 @@ std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
             command.dryRun = true;
         } else if (word == "--bypass") {
             command.bypass = true;
+        } else if (word == "--csv") {
+            command.csv = true;
+        } else if (word.rfind("--svg=", 0) == 0 && word.size() > 6) {
+            command.svg = word.substr(6);
+        } else if (word.rfind("--document=", 0) == 0 && word.size() > 11) {
+            command.document = word.substr(11);
         } else if (word.rfind("--", 0) == 0) {
-            return "a script line takes no option but --output=FILE, --dry-run and --bypass, not " +
+            return "a script line takes no option but --output=FILE, --dry-run, --bypass, "
+                   "--svg=FILE, --csv and --document=FILE, not " +
                    word;
         } else {
             rest.push_back(word);
