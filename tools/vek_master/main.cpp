@@ -65,6 +65,7 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] curve CHANNEL [--svg=FILE | --csv] [--document=FILE]\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
         "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
+        "                        [--profile=FILE]\n"
         "Sends requests to a vek_tuner slave over its serial line and prints the answers:\n"
         "the answer's fields as name=value lines, then OK or NG.\n"
         "\n"
