@@ -47,7 +47,6 @@ public:
 
     // document has passed VekTuningDocument::check.
     Result run(const Json& document, const Options& options);
-
     // A result as one object: status ("OK" or "NG"), requests, changes ({setting, from,
     // to}), failures ({setting, reason}), values, and error when it stopped early.
     static Json json(const Result& result);
