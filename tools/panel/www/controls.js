@@ -45,7 +45,7 @@ export class NumberField {
     this.onEdit = onEdit;
     this.errorTarget = errorTarget;
     this.input = el('input', {
-      type: 'number', step, 'aria-label': label, class: narrow ? 'narrow' : null,
+      type: 'number', step, 'aria-label': label, class: narrow === true ? 'narrow' : narrow || null,
       min: range ? range.min : null, max: range ? range.max : null,
     });
     this.dirty = false;

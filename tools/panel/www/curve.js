@@ -2,7 +2,7 @@
 // frequency axis from 20 Hz to 20 kHz, each band's own curve faint behind the sum.
 const SVG = 'http://www.w3.org/2000/svg';
 const WIDTH = 800;
-const HEIGHT = 300;
+const HEIGHT = 250;
 const LEFT = 48;
 const RIGHT = 14;
 const TOP = 12;

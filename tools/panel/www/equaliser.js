@@ -37,7 +37,7 @@ export function equaliserPage(panel) {
           }
         } }));
       const countFields = CHANNELS.map((channel, i) => {
-        const field = new NumberField({ label: `${channel} band count`, step: 1, narrow: true,
+        const field = new NumberField({ label: `${channel} band count`, step: 1, narrow: 'count',
           range: panel.limits.range(feature, 'SetBandCount', 'bandCount', i), errorTarget: error,
           onEdit: (value) => counts.edit('bandCount', i, value) });
         field.input.readOnly = feature === 'Eq';
@@ -55,9 +55,8 @@ export function equaliserPage(panel) {
         el('p', { class: 'note', text: feature === 'EqV2'
           ? 'Flexible equaliser (EqV2): band counts per channel can be changed.'
           : 'Fixed equaliser (Eq): 20 bands per channel.' }),
-        el('div', { class: 'tools' }, enable.controls.get('enable#0').element),
-        el('div', { class: 'tools' }, el('span', { text: 'Band counts' }), countFields),
-        el('div', { class: 'tools' }, el('label', {}, 'Channel ', picker)),
+        el('div', { class: 'tools' }, enable.controls.get('enable#0').element,
+          el('label', {}, 'Channel ', picker), el('span', { text: 'Band counts' }), countFields),
         el('div', { class: 'eq' }, el('div', {}, plot.svg, plot.caption),
           el('div', { class: 'scroll' }, el('table', { id: 'band-table' },
             el('thead', {}, el('tr', {}, el('th', { scope: 'col', text: 'Band' }),

@@ -53,7 +53,7 @@ export function trafficPage(panel) {
         el('button', { type: 'button', text: 'Clear', onclick: () => body.replaceChildren() })),
       el('p', { class: 'note', text: `Every request and answer on every line, newest first (the last ${KEEP}); → a request, ← its answer, • a line's state.` }),
       el('div', { class: 'scroll' }, el('table', { id: 'traffic-log' },
-        el('thead', {}, el('tr', {}, ['Time', 'Device', 'Client', '', 'Frame'].map((t) => el('th', { scope: 'col', text: t })))),
+        el('thead', {}, el('tr', {}, ['Time', 'Device', 'Client', '', 'Message'].map((t) => el('th', { scope: 'col', text: t })))),
         body)));
   }
   return page;
