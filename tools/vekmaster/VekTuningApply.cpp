@@ -87,26 +87,6 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     return result;
 }
 
-Json VekTuningApply::json(const Result& result) {
-    Json changes = Json::array();
-    for (const Change& change : result.changes) {
-        changes.push_back({{"setting", change.label}, {"from", change.from}, {"to", change.to}});
-    }
-    Json failures = Json::array();
-    for (const Failure& failure : result.failures) {
-        failures.push_back({{"setting", failure.label}, {"reason", failure.reason}});
-    }
-    Json out = Json::object();
-    out["status"] = result.status == VekExitStatus::kOk ? "OK" : "NG";
-    out["requests"] = result.requests;
-    out["changes"] = std::move(changes);
-    out["failures"] = std::move(failures);
-    if (!result.problem.empty()) {
-        out["error"] = result.problem;
-    }
-    return out;
-}
-
 void VekTuningApply::plan(const Json& settings, const Json& current, std::vector<Step>& steps,
                           Result& result) const {
     for (const VekSetting& setting : table_.settings()) {

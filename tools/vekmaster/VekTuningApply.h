@@ -47,10 +47,6 @@ public:
 
     // document has passed VekTuningDocument::check.
     Result run(const Json& document, const Options& options);
-    // {"status": "OK"|"NG", "requests": [...], "changes": [{"setting", "from", "to"}],
-    //  "failures": [{"setting", "reason"}], "error": why it stopped (only then)}
-    static Json json(const Result& result);
-
     // A result as one object: status ("OK" or "NG"), requests, changes ({setting, from,
     // to}), failures ({setting, reason}), values, and error when it stopped early.
     static Json json(const Result& result);
