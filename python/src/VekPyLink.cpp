@@ -1,7 +1,6 @@
 #include "VekPyLink.h"
 
 #include "VekDeviceProfile.h"
-#include "VekDeviceReader.h"
 #include "VekExitStatus.h"
 #include "VekLineSettings.h"
 #include "VekNames.h"
@@ -9,6 +8,8 @@
 #include "VekPyFailure.h"
 #include "VekPyJson.h"
 #include "VekRawFileSink.h"
+#include "VekRemoteAccess.h"
+#include "VekSessionAccess.h"
 #include "VekSettingItem.h"
 #include "VekTuningApply.h"
 #include "VekTuningDocument.h"
@@ -255,7 +256,21 @@ std::string VekPyLink::launch(const std::string& path, const std::vector<std::st
 
 void VekPyLink::start(int timeoutMs) {
     session_ = std::make_unique<vekmaster::VekMasterSession>(*line_, timeoutMs);
-    table_ = std::make_unique<VekSettingsTable>(session_->catalog());
+    access_ = std::make_unique<vekmaster::VekSessionAccess>(*session_, table_, device_);
+}
+
+void VekPyLink::connect(const std::string& url, int index, const std::string& token) {
+    if (index < 0) {
+        throw py::value_error("device_index " + std::to_string(index) + " is below 0");
+    }
+    auto client = std::make_unique<vekserve::VekHttpClient>();
+    const std::string problem = client->open(url, token);
+    if (!problem.empty()) {
+        throw py::value_error("url " + problem);
+    }
+    client_ = std::move(client);
+    access_ = std::make_unique<vekserve::VekRemoteAccess>(*client_, index);
+    device_ = client_->url() + "/api/devices/" + std::to_string(index);
 }
 
 py::tuple VekPyLink::close() {
@@ -264,7 +279,8 @@ py::tuple VekPyLink::close() {
     {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
-        table_.reset();
+        access_.reset();
+        client_.reset();
         session_.reset();
         line_.reset();
         if (launcher_) {
@@ -275,16 +291,16 @@ py::tuple VekPyLink::close() {
     return py::make_tuple(clean, report);
 }
 
-vekmaster::VekMasterSession& VekPyLink::session() {
-    if (!session_) {
+vekmaster::VekDeviceAccess& VekPyLink::access() {
+    if (!access_) {
         throw VekPyFailure(Kind::Error, "the link is closed");
     }
-    return *session_;
+    return *access_;
 }
 
 const VekSetting& VekPyLink::setting(const std::string& feature, const std::string& name) {
-    session();
-    const VekSetting* found = table_->find(feature, name);
+    access();
+    const VekSetting* found = table_.find(feature, name);
     if (found == nullptr) {
         throw py::value_error("no setting " + feature + '.' + name);
     }
@@ -292,14 +308,14 @@ const VekSetting& VekPyLink::setting(const std::string& feature, const std::stri
 }
 
 template <class Work>
-void VekPyLink::withSession(Work&& work) {
+void VekPyLink::withAccess(Work&& work) {
     bool closed = false;
     {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
-        closed = !session_;
+        closed = !access_;
         if (!closed) {
-            work(*session_);
+            work(*access_);
         }
     }
     if (closed) {
@@ -310,19 +326,20 @@ void VekPyLink::withSession(Work&& work) {
 VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                vekmaster::VekRawSink* raw) {
     VekMasterReply reply;
-    withSession(
-        [&](vekmaster::VekMasterSession& session) { reply = session.request(message, args, raw); });
+    withAccess([&](vekmaster::VekDeviceAccess& access) {
+        reply = access.request(message.feature, message.name, args, raw);
+    });
     return reply;
 }
 
 py::tuple VekPyLink::request(const std::string& feature, const std::string& name,
                              const py::list& args, const std::string& output) {
-    const vekmaster::VekMessageCatalog& catalog = session().catalog();
-    const VekMasterMessage* message = catalog.find(feature, name);
+    access();
+    const VekMasterMessage* message = catalog_.find(feature, name);
     if (message == nullptr) {
         const VekMasterMessage* none = nullptr;
         vekprotocol::VekFields unused;
-        throw py::value_error(catalog.prepare({feature, name}, none, unused));
+        throw py::value_error(catalog_.prepare({feature, name}, none, unused));
     }
     Json values = Json::array();
     for (size_t i = 0; i < args.size(); ++i) {
@@ -411,52 +428,47 @@ py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
     return replyTuple(reply, *s.set, false);
 }
 
-Json VekPyLink::readDevice(const Json* only, std::string* version,
-                           std::vector<std::string>* served) {
-    Json settings;
+vekmaster::VekDeviceReading VekPyLink::readDevice(const Json* only) {
+    vekmaster::VekDeviceReading reading;
     VekMasterReply stopped;
     bool read = false;
-    withSession([&](vekmaster::VekMasterSession& session) {
-        vekmaster::VekDeviceReader reader(session, *table_);
-        int missing = 0;
-        read = reader.identify(*version, *served) && reader.read(*served, only, settings, missing);
+    withAccess([&](vekmaster::VekDeviceAccess& access) {
+        read = access.read(only, reading);
         if (!read) {
-            stopped = reader.stopped();
+            stopped = access.failure();
         }
     });
     if (!read) {
         raise(stopped);
     }
-    return settings;
+    return reading;
 }
 
 py::object VekPyLink::readSettings(py::handle only) {
-    std::string version;
-    std::vector<std::string> served;
     if (only.is_none()) {
-        return VekPyJson::toPython(readDevice(nullptr, &version, &served));
+        return VekPyJson::toPython(readDevice(nullptr).settings);
     }
     const Json settings = VekPyJson::toJson(only, "settings");
-    return VekPyJson::toPython(readDevice(&settings, &version, &served));
+    return VekPyJson::toPython(readDevice(&settings).settings);
 }
 
 py::object VekPyLink::snapshot() {
-    std::string version;
-    std::vector<std::string> served;
-    Json settings = readDevice(nullptr, &version, &served);
-    return VekPyJson::toPython(
-        vekmaster::VekTuningDocument::make(*table_, device_, version, served, std::move(settings)));
+    vekmaster::VekDeviceReading reading = readDevice(nullptr);
+    // Through a server the document names the server's line, as vek_master --connect does.
+    const std::string path = reading.path.empty() ? device_ : reading.path;
+    return VekPyJson::toPython(vekmaster::VekTuningDocument::make(
+        table_, path, reading.version, reading.features, std::move(reading.settings)));
 }
 
 py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
-    session();
+    access();
     const Json doc = VekPyJson::toJson(document, "the document");
-    const std::string problem = vekmaster::VekTuningDocument::check(*table_, doc);
+    const std::string problem = vekmaster::VekTuningDocument::check(table_, doc);
     if (!problem.empty()) {
         throw py::value_error(problem);
     }
     const vekmaster::VekDeviceProfile::Breach breach = vekmaster::VekTuningDocument::outOfRange(
-        *table_, doc, *vekmaster::VekDeviceProfile::inUse());
+        table_, doc, *vekmaster::VekDeviceProfile::inUse());
     if (breach.found()) {
         throw py::value_error(breach.problem);
     }
@@ -464,9 +476,7 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
     options.dryRun = dryRun;
     options.bypass = bypass;
     vekmaster::VekTuningApply::Result result;
-    withSession([&](vekmaster::VekMasterSession& session) {
-        result = vekmaster::VekTuningApply(session, *table_).run(doc, options);
-    });
+    withAccess([&](vekmaster::VekDeviceAccess& access) { result = access.apply(doc, options); });
     if (result.status == vekmaster::VekExitStatus::kNoAnswer) {
         throw VekPyFailure(Kind::Timeout, result.problem);
     }
@@ -478,7 +488,11 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
 
 py::tuple VekPyLink::traffic() {
     vekmaster::VekMasterSession::Traffic traffic;
-    withSession([&](vekmaster::VekMasterSession& session) { traffic = session.traffic(); });
+    withAccess([&](vekmaster::VekDeviceAccess&) {
+        if (session_) {
+            traffic = session_->traffic();
+        }
+    });
     return py::make_tuple(traffic.requests, traffic.bytesSent, traffic.bytesReceived);
 }
 

@@ -8,16 +8,21 @@
 #include <vector>
 
 #include "VekDaemonLauncher.h"
+#include "VekDeviceAccess.h"
+#include "VekDeviceReading.h"
+#include "VekHttpClient.h"
 #include "VekMasterSession.h"
+#include "VekMessageCatalog.h"
 #include "VekSerialLine.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
 
 namespace vekpython {
 
-// One line to a device for Python: the master library's session on a serial line or on
-// a launched daemon's pseudo-terminal, with the settings table over it. Every wait on
-// the line happens with the GIL released; the session is used by one thread at a time.
+// One device for Python: the master library's session on a serial line or on a launched
+// daemon's pseudo-terminal, or a device that `vek_master serve` owns, reached through its
+// API; the settings table over either. Every wait happens with the GIL released; the
+// device is used by one thread at a time.
 //
 // Answers come back as reply tuples (feature, message, status, self, fields, raw,
 // rawDataLength) for vektuner.Response. An answer that did not come raises
@@ -37,6 +42,9 @@ public:
     std::string launch(const std::string& path, const std::vector<std::string>& args,
                        const std::string& log, const std::vector<std::string>& environment,
                        int timeoutMs);
+    // Device number index of the server at url; token "" for none. The server's own
+    // timeout bounds each answer.
+    void connect(const std::string& url, int index, const std::string& token);
     // Stops a launched daemon (SIGUSR1) and closes the line: (exited with 0, how it ended).
     pybind11::tuple close();
 
@@ -56,18 +64,19 @@ public:
     pybind11::object snapshot();
     pybind11::object apply(pybind11::handle document, bool dryRun, bool bypass);
 
-    // (requests, bytes sent, bytes received)
+    // (requests, bytes sent, bytes received); zeros through a server, which owns the line.
     pybind11::tuple traffic();
     const std::string& device() const { return device_; }
 
 private:
-    vekmaster::VekMasterSession& session();
+    // Throws when the link is closed.
+    vekmaster::VekDeviceAccess& access();
     void start(int timeoutMs);
     const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
-    // Runs work(session) with the GIL released and the session held; throws when the
+    // Runs work(access) with the GIL released and the device held; throws when the
     // link is closed.
     template <class Work>
-    void withSession(Work&& work);
+    void withAccess(Work&& work);
     // Sends with the GIL released and the session held; the answer is copied out.
     vekmaster::VekMasterReply send(const vekmaster::VekMasterMessage& message,
                                    const vekprotocol::VekFields& args,
@@ -75,13 +84,17 @@ private:
     // What the device answered a get of the setting, as a document holds it.
     Json item(const vekmaster::VekSetting& setting, const vekmaster::VekMasterReply& reply) const;
     // Reads the device's settings; throws when it stops answering.
-    Json readDevice(const Json* only, std::string* version, std::vector<std::string>* served);
+    vekmaster::VekDeviceReading readDevice(const Json* only);
 
     std::mutex mutex_;
     std::unique_ptr<vekmaster::VekDaemonLauncher> launcher_;
     std::unique_ptr<vekmaster::VekSerialLine> line_;
     std::unique_ptr<vekmaster::VekMasterSession> session_;
-    std::unique_ptr<vekmaster::VekSettingsTable> table_;
+    std::unique_ptr<vekserve::VekHttpClient> client_;
+    std::unique_ptr<vekmaster::VekDeviceAccess> access_;
+    vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
+    const vekmaster::VekMessageCatalog catalog_{scratch_};
+    const vekmaster::VekSettingsTable table_{catalog_};
     std::string device_;
 };
 

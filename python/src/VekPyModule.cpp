@@ -120,6 +120,7 @@ PYBIND11_MODULE(_vektuner, m) {
         .def(py::init<>())
         .def("open", &VekPyLink::open)
         .def("launch", &VekPyLink::launch)
+        .def("connect", &VekPyLink::connect)
         .def("close", &VekPyLink::close)
         .def("request", &VekPyLink::request)
         .def("read", &VekPyLink::read)

@@ -54,7 +54,10 @@ def _document(document):
 
 class Link:
     """One line to a vek_tuner device: `Link("/dev/ttyUSB0")` opens a serial line (raw
-    8N1 at baud_rate); `launch()` gives one to a daemon on a pseudo-terminal. A context
+    8N1 at baud_rate); `Link(url="http://127.0.0.1:8741", device_index=0)` uses device 0
+    of a running `vek_master serve` (token: its token, when it asks for one), beside
+    every other client of that server; `launch()` gives one to a daemon on a
+    pseudo-terminal. A context
     manager; close() ends it. One request is outstanding at a time; threads may share a
     link (their requests take turns), and while a request waits for its answer other
     threads run. timeout is how long to wait for an answer, in seconds, counted from its
@@ -63,11 +66,16 @@ class Link:
     The features' typed helpers are attributes: link.common, link.gain, link.reverb,
     link.eq, link.eqv2, link.hfe, link.vb, link.speaker."""
 
-    def __init__(self, device="/dev/ttyUSB0", baud_rate=115200, timeout=3.0):
-        # Everything goes through the session: the native one on a line here; a session
-        # through a server that owns the line would offer the same methods.
+    def __init__(self, device="/dev/ttyUSB0", baud_rate=115200, timeout=3.0, *, url=None,
+                 device_index=0, token=None):
+        # Everything goes through the native session: a line of our own, or a device
+        # that a running `vek_master serve` owns (url), which then sets the line's speed
+        # and answers within its own --timeout.
         self._session = _vektuner.Session()
-        self._session.open(os.fspath(device), baud_rate, _milliseconds(timeout))
+        if url is None:
+            self._session.open(os.fspath(device), baud_rate, _milliseconds(timeout))
+        else:
+            self._session.connect(url, device_index, token or "")
         self._start()
 
     def _start(self):

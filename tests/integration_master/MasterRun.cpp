@@ -15,6 +15,22 @@ namespace {
 // Long enough for a script against a daemon under a sanitizer; a hang still fails.
 constexpr auto kLimit = std::chrono::seconds(60);
 
+// Waits for a child's end, killing it after limit: its wait status, or -1 when it had
+// to be killed.
+int awaitEnd(pid_t pid, std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    int raw = 0;
+    while (waitpid(pid, &raw, WNOHANG) != pid) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &raw, 0);
+            return -1;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return raw;
+}
+
 }  // namespace
 
 MasterRun::TempFile::TempFile(const std::string& bytes) {
@@ -43,17 +59,8 @@ std::string MasterRun::TempFile::read() const {
 
 int MasterRun::stop(pid_t pid, int signo, std::chrono::seconds limit) {
     kill(pid, signo);
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    int raw = 0;
-    while (waitpid(pid, &raw, WNOHANG) != pid) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &raw, 0);
-            return -1;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+    const int raw = awaitEnd(pid, limit);
+    return raw == -1 ? -1 : WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
 }
 
 std::vector<char*> MasterRun::execArgs(std::vector<std::string>& words) {
@@ -93,17 +100,7 @@ MasterRun::Result MasterRun::run(const std::vector<std::string>& args, const std
         _exit(127);
     }
     Result result;
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
-    int raw = 0;
-    while (waitpid(pid, &raw, WNOHANG) != pid) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &raw, 0);
-            raw = -1;
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    const int raw = awaitEnd(pid, kLimit);
     result.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     result.out = out.read();
     result.err = err.read();

@@ -394,7 +394,7 @@ int runConnected(const VekMasterOptions& options, const VekMessageCatalog& catal
     vekserve::VekHttpClient client;
     const std::string problem = client.open(options.connect, token);
     if (!problem.empty()) {
-        return usage(problem);
+        return usage("--connect=" + problem);
     }
     vekserve::VekRemoteAccess access(client, options.deviceIndex);
     DeviceRun run;

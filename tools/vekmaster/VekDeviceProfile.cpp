@@ -135,7 +135,14 @@ std::string VekDeviceProfile::load(const std::string& path) {
     }
     std::stringstream text;
     text << in.rdbuf();
-    return parse(text.str(), path);
+    // Named in errors as given; in use, by where it is (a server's clients see it).
+    const std::string problem = parse(text.str(), path);
+    char* real = ::realpath(path.c_str(), nullptr);
+    if (problem.empty() && real != nullptr) {
+        source_ = real;
+    }
+    std::free(real);
+    return problem;
 }
 
 std::string VekDeviceProfile::parse(const std::string& text, const std::string& source) {

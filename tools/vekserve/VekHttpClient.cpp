@@ -53,7 +53,7 @@ std::string VekHttpClient::open(const std::string& url, const std::string& token
     }
     if (name.empty() || rest.size() < 2 || rest[0] != ':' ||
         rest.find_first_not_of("0123456789", 1) != std::string::npos) {
-        return "--connect=" + url + " is not http://HOST:PORT";
+        return url + " is not http://HOST:PORT";
     }
     port_ = rest.substr(1);
     host_ += ':' + port_;

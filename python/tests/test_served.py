@@ -1,0 +1,56 @@
+"""Link(url=...): a device that `vek_master serve` owns, used from Python beside the
+server's other clients."""
+
+import os
+import signal
+import subprocess
+
+import pytest
+
+import vektuner
+
+
+@pytest.fixture
+def server(cabled_daemon):
+    """vek_master serve on the cabled daemon's line; yields its URL."""
+    serve = subprocess.Popen([os.environ["VEK_MASTER"], "serve", f"--device={cabled_daemon}",
+                              "--listen=127.0.0.1:0"], stdout=subprocess.PIPE, text=True)
+    try:
+        url = serve.stdout.readline().strip().rsplit(" ", 1)[-1]
+        assert url.startswith("http://127.0.0.1:")
+        # The line is served once its device has answered.
+        assert serve.stdout.readline().startswith(f"{cabled_daemon}: connected")
+        yield url
+    finally:
+        serve.send_signal(signal.SIGTERM)
+        assert serve.wait(timeout=10) == 0
+
+
+def test_a_served_device_answers_as_a_line_of_our_own(server, cabled_daemon):
+    with vektuner.Link(url=server) as link:
+        assert link.request("Gain", "SetMaster", -10).ok
+        assert link.gain.master == -10.0
+        link.eqv2.set_band("CF", 3, value3=-4.5)
+        assert link.eqv2.band("CF", 3)["value3"] == -4.5
+        with pytest.raises(ValueError, match=r"Gain SetChannel takes 6 arguments"):
+            link.request("Gain", "SetChannel", 1, 2)
+
+        document = link.snapshot()
+        assert document["device"]["path"] == cabled_daemon
+        assert document["settings"]["Gain"]["master"] == -10.0
+        document["settings"]["Gain"]["master"] = -20.0
+        result = link.apply(document)
+        assert (result["status"], [c["setting"] for c in result["changes"]]) == \
+            ("OK", ["Gain.master"])
+        assert link.gain.master == -20.0
+        assert vektuner.diff(document, link) == []
+        # The line is the server's: there is no traffic of the link's own to count.
+        assert tuple(link.traffic) == (0, 0, 0)
+
+
+def test_what_the_server_refuses_raises_before_anything_is_sent(server):
+    with pytest.raises(ValueError, match="url"):
+        vektuner.Link(url="ftp://127.0.0.1:1")
+    with vektuner.Link(url=server, device_index=3) as link:
+        with pytest.raises(ValueError, match="device"):
+            link.request("Gain", "GetMaster")
