@@ -125,6 +125,8 @@ export class SliderRow {
   }
 
   showNG(why) { this.field.showNG(why); }
+
+  showError(why) { this.field.showError(why); }
 }
 
 // An on/off switch: a checkbox announced as a switch.
@@ -132,12 +134,7 @@ export class Switch {
   constructor({ label, onEdit, errorTarget = null }) {
     this.input = el('input', { type: 'checkbox', role: 'switch' });
     this.errorTarget = errorTarget;
-    this.input.addEventListener('change', () => {
-      const why = onEdit(this.input.checked);
-      if (this.errorTarget) {
-        this.errorTarget.textContent = why;
-      }
-    });
+    this.input.addEventListener('change', () => this.showError(onEdit(this.input.checked)));
     this.element = el('label', { class: 'switch' }, this.input, label);
   }
 
@@ -158,6 +155,12 @@ export class Switch {
     this.input.indeterminate = true;
     this.input.title = why;
   }
+
+  showError(why) {
+    if (this.errorTarget) {
+      this.errorTarget.textContent = why;
+    }
+  }
 }
 
 // A select of named codes (a band's filter type) that keeps a code it has no name for.
@@ -168,9 +171,8 @@ export class CodeSelect {
     for (const [code, name] of Object.entries(names)) {
       this.input.append(el('option', { value: code, text: `${code} ${name}` }));
     }
-    this.input.addEventListener('change', () => {
-      errorTarget.textContent = onEdit(Number(this.input.value));
-    });
+    this.errorTarget = errorTarget;
+    this.input.addEventListener('change', () => this.showError(onEdit(Number(this.input.value))));
     this.element = this.input;
   }
 
@@ -183,4 +185,6 @@ export class CodeSelect {
   }
 
   showNG(why) { this.input.title = why; }
+
+  showError(why) { this.errorTarget.textContent = why; }
 }

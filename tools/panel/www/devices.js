@@ -21,7 +21,7 @@ export function devicesPage(panel) {
             } else {
               panel.tuned.delete(device.index);
             }
-            panel.pages.find((p) => p.id === 'tuning').refresh();
+            panel.page('tuning').refresh();
           },
         })),
         el('td', { text: device.index }),

@@ -76,6 +76,10 @@ class Panel {
     history.replaceState(null, '', `#${page.id}`);
   }
 
+  page(id) {
+    return this.pages.find((page) => page.id === id);
+  }
+
   get current() {
     return this.devices[this.device] || null;
   }
@@ -119,7 +123,7 @@ class Panel {
     })));
     this.picker.value = String(this.device);
     this.pages[0].refresh();
-    this.pages.find((page) => page.id === 'tuning').refresh();
+    this.page('tuning').refresh();
   }
 
   // Builds the per-device pages for a device and reads every value they show.
@@ -192,7 +196,7 @@ class Panel {
   }
 
   onEvent(event) {
-    this.pages.find((page) => page.id === 'traffic').add(event);
+    this.page('traffic').add(event);
     if (event.type === 'state') {
       this.onState(event);
     } else if (event.type === 'request') {

@@ -121,12 +121,10 @@ export class Setting {
       const why = failure(answer);
       if (why) {
         // The server refuses what its profile does not allow, as the page does.
-        const target = answer.body.field ? [...sent.keys()].find((at) => at.startsWith(`${answer.body.field}#`)) : null;
+        const target = [...sent.keys()].find((at) => at.startsWith(`${answer.body.field}#`));
         const control = this.controls.get(target || [...sent.keys()][0]);
-        if (control && control.showError) {
+        if (control) {
           control.showError(why);
-        } else if (control && control.field) {
-          control.field.showError(why);
         }
         this.panel.notify(`${this.feature} ${this.set}: ${why}`);
       }
