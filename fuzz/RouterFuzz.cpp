@@ -3,8 +3,9 @@
 // Input: "METHOD TARGET" on the first line, the body after it.
 //
 // Checked: a message body that is accepted names a message of the catalogue with
-// arguments the catalogue takes and the encoder writes, none holding a separator; an
-// accepted document passes the document check again; a device index is below the count.
+// arguments the catalogue (and so the device profile) takes and the encoder writes, none
+// holding a separator; an accepted document passes the document check again; accepted
+// curve bands make a curve of the points asked for; a device index is below the count.
 
 #include <cstddef>
 #include <cstdint>
@@ -60,6 +61,15 @@ void readBody(const Router& router, const std::string& pattern, const std::strin
         if (VekRequestBody::document(router.settings, body, document).empty()) {
             check(VekTuningDocument::check(router.settings, document).empty(),
                   "an accepted document passes the check again");
+        }
+    } else if (pattern == "/api/curve") {
+        std::vector<VekResponseCurve::Band> bands;
+        size_t points = 0;
+        if (VekRequestBody::curve(body, bands, points).empty()) {
+            check(bands.size() <= VekSettingsTable::kMaxBands, "at most forty bands");
+            const VekResponseCurve::Json curve =
+                VekResponseCurve(VekDeviceProfile::builtIn(), points).json(bands);
+            check(curve["total"].size() == points, "a value for every point");
         }
     } else if (pattern == "/api/diff") {
         VekRequestBody::Diff diff;

@@ -1,5 +1,6 @@
 #include "VekPyLink.h"
 
+#include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
 #include "VekLineSettings.h"
 #include "VekNames.h"
@@ -465,6 +466,11 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
     const std::string problem = vekmaster::VekTuningDocument::check(table_, doc);
     if (!problem.empty()) {
         throw py::value_error(problem);
+    }
+    const vekmaster::VekDeviceProfile::Breach breach = vekmaster::VekTuningDocument::outOfRange(
+        table_, doc, *vekmaster::VekDeviceProfile::inUse());
+    if (breach.found()) {
+        throw py::value_error(breach.problem);
     }
     vekmaster::VekTuningApply::Options options;
     options.dryRun = dryRun;

@@ -51,6 +51,7 @@ def test_a_field_of_several_values_takes_a_sequence_or_the_values(link):
     (("Common", "SetBypass", 1), "enable is not true or false"),
     (("Gain", "Louder"), "Gain has no message 'Louder' (messages: GetMaster SetMaster"),
     (("Loudness", "GetMaster"), "unknown feature 'Loudness' (features: Common Gain"),
+    (("Gain", "SetMaster", 60), "Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)"),
 ])
 def test_bad_arguments_raise_value_error_and_send_nothing(shared_link, args, message):
     before = shared_link.traffic, daemon_log(shared_link).count("+RECV")
@@ -71,6 +72,9 @@ def test_bad_arguments_raise_value_error_and_send_nothing(shared_link, args, mes
     (lambda l: setattr(l.gain, "master", "loud"), "Gain.master: is not a number a float can hold"),
     (lambda l: l.vb.set_channel("LF", params=[1.0] * 17), "params is not an array of 18 float"),
     (lambda l: l.speaker.set_sine_pattern("LF", 2**31), "frequency is out of range"),
+    (lambda l: setattr(l.gain, "master", 13), "Gain SetMaster masterGain 13 is outside -60 to 12 dB"),
+    (lambda l: l.apply({"format": "vek-tuning/1", "settings": {"Gain": {"master": 13}}}),
+     "Gain.master: Gain SetMaster masterGain 13 is outside -60 to 12 dB (profile default)"),
 ])
 def test_helpers_refuse_bad_values_before_sending(shared_link, call, message):
     before = shared_link.traffic

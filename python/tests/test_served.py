@@ -18,6 +18,7 @@ def server(cabled_daemon):
     try:
         url = serve.stdout.readline().strip().rsplit(" ", 1)[-1]
         assert url.startswith("http://127.0.0.1:")
+        assert serve.stdout.readline() == "vek_master serve: device profile default (built-in)\n"
         # The line is served once its device has answered.
         assert serve.stdout.readline().startswith(f"{cabled_daemon}: connected")
         yield url

@@ -90,8 +90,8 @@ TEST(MasterUsageTest, EveryBadScriptLineIsNamedAndNothingIsSent) {
                   ":2: Gain SetMaster takes 1 argument (masterGain:float), got 0\n"
                   "vek_master: " +
                   script.path() +
-                  ":4: a script line takes no option but --output=FILE, --dry-run and --bypass, "
-                  "not --json\n" +
+                  ":4: a script line takes no option but --output=FILE, --dry-run, --bypass, "
+                  "--svg=FILE, --csv and --document=FILE, not --json\n" +
                   kTryHelp);
 }
 

@@ -141,8 +141,20 @@ TEST_F(TuningTest, LibraryFailuresAreMissingInASnapshotAndFailedInAnApply) {
         "EqV2": {"band": {"CF": [
             {"value1": 2, "value2": 70000, "value3": 0, "value4": 0.707, "value5": 0, "value6": 1}]}}
     }})");
-    const MasterRun::Result apply =
-        launch({"apply", document.path()}, "", {"AUDIO_SETTING_SIM=fail=setMasterGain:-5"});
+    // The default profile keeps a band's frequency within 20 Hz to 20 kHz: nothing is sent.
+    const MasterRun::Result refused = launch({"apply", document.path()});
+    EXPECT_EQ(refused.status, 64);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err,
+              stderrWith("vek_master: " + document.path() +
+                         ": EqV2.band[CF/0]: EqV2 SetBandConfig value2 70000 is outside 20 to "
+                         "20000 Hz (profile default); nothing was sent\n"));
+    EXPECT_EQ(setRequests(), std::vector<std::string>{});
+    // A profile of no limits lets it through, to the device's 16 bits.
+    MasterRun::TempFile open(R"({"name": "open", "band": {"type": 0, "frequency": 1, "gain": 2,
+                                 "q": 3, "types": {"2": "peaking"}}, "limits": []})");
+    const MasterRun::Result apply = launch({"apply", document.path(), "--profile=" + open.path()},
+                                           "", {"AUDIO_SETTING_SIM=fail=setMasterGain:-5"});
     EXPECT_EQ(apply.status, 1);
     EXPECT_EQ(apply.out,
               "Gain.channel[LF]: 0 -> -1\n"

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <atomic>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -298,6 +299,89 @@ TEST(ServeApiTest, BadInputIsRefusedWithItsStatusAndServingGoesOn) {
     EXPECT_NE(daemon.log().find("SetMasterRequest"), std::string::npos);
 }
 
+// Values outside the profile's ranges never reach a line; the curve routes read a
+// channel's bands from either equaliser, or take them from the body.
+TEST(ServeApiTest, TheProfileGuardsEveryValueAndTheCurvesComeFromTheBands) {
+    CabledDaemon flexible;
+    CabledDaemon fixed({"--eqMode=1"});
+    MasterRun::TempFile profile(R"({"name": "quiet", "sampleRate": 44100,
+        "band": {"type": 0, "frequency": 1, "gain": 2, "q": 3, "types": {"2": "peaking"}},
+        "limits": [{"feature": "Gain", "message": "SetMaster", "field": "masterGain",
+                    "min": -40, "max": 0, "unit": "dB"}]})");
+    ServeRig serve({flexible.path(), fixed.path()}, {"--profile=" + profile.path()});
+    ASSERT_TRUE(serve.ready()) << serve.output();
+    EXPECT_NE(serve.output().find("vek_master serve: device profile quiet (" + profile.path() + ")\n"),
+              std::string::npos);
+    const Json described = Json::parse(serve.call("GET", "/api/profile").body);
+    EXPECT_EQ(described["source"], profile.path());
+    EXPECT_EQ(described["limits"][0],
+              Json::parse(R"({"feature": "Gain", "message": "SetMaster", "field": "masterGain",
+                              "min": -40, "max": 0, "unit": "dB"})"));
+
+    const ServeRig::Reply loud =
+        serve.call("POST", "/api/devices/0/request", message("Gain", "SetMaster", "[3]"));
+    EXPECT_EQ(loud.status, 400);
+    EXPECT_EQ(loud.body,
+              R"x({"error":"Gain SetMaster masterGain 3 is outside -40 to 0 dB (profile quiet)",)x"
+              R"("field":"masterGain","min":-40,"max":0})"
+              "\n");
+    const ServeRig::Reply applied = serve.call(
+        "POST", "/api/devices/0/apply",
+        R"({"format":"vek-tuning/1","settings":{"Gain":{"master":-50}}})");
+    EXPECT_EQ(applied.status, 400);
+    EXPECT_EQ(Json::parse(applied.body)["error"],
+              "Gain.master: Gain SetMaster masterGain -50 is outside -40 to 0 dB (profile quiet)");
+    EXPECT_EQ(serve.call("POST", "/api/devices/0/request", message("Gain", "SetMaster", "[-3]")).status,
+              200);
+    EXPECT_EQ(flexible.log().find("SetMasterRequest:0:OK:<3>"), std::string::npos);
+    EXPECT_EQ(flexible.log().find("SetMasterRequest:0:OK:<-50>"), std::string::npos);
+    EXPECT_NE(flexible.log().find("SetMasterRequest:0:OK:<-3>"), std::string::npos);
+
+    // The simulator's CF holds ten flat peaking bands; one made +6 dB at 1 kHz shows.
+    ASSERT_EQ(serve.call("POST", "/api/devices/0/request",
+                         message("EqV2", "SetBandConfig", R"(["CF",5,2,1000,6,1,0,1])"))
+                  .status,
+              200);
+    const ServeRig::Reply read = serve.call("GET", "/api/devices/0/eq/CF/curve?points=16");
+    ASSERT_EQ(read.status, 200) << read.body;
+    const Json curve = Json::parse(read.body);
+    EXPECT_EQ(curve["device"], 0);
+    EXPECT_EQ(curve["feature"], "EqV2");
+    EXPECT_EQ(curve["channel"], "CF");
+    EXPECT_EQ(curve["sampleRate"], 44100);
+    EXPECT_EQ(curve["frequencies"].size(), 16u);
+    EXPECT_EQ(curve["frequencies"][0], 20);
+    ASSERT_EQ(curve["bands"].size(), 10u);
+    EXPECT_EQ(curve["bands"][5]["values"], Json::parse("[2, 1000, 6, 1, 0, 1]"));
+    double peak = -100;
+    for (const Json& value : curve["total"]) {
+        peak = std::max(peak, value.get<double>());
+    }
+    EXPECT_GT(peak, 4.5);  // the 16 points straddle 1 kHz
+    EXPECT_LE(peak, 6.001);
+    const Json fixedCurve = Json::parse(serve.call("GET", "/api/devices/1/eq/L1/curve").body);
+    EXPECT_EQ(fixedCurve["feature"], "Eq");
+    EXPECT_EQ(fixedCurve["frequencies"].size(), 256u);
+
+    const ServeRig::Reply posted =
+        serve.call("POST", "/api/curve", R"({"bands": [[2, 1000, -6, 1, 0, 1]], "points": 16})");
+    ASSERT_EQ(posted.status, 200);
+    EXPECT_EQ(Json::parse(posted.body)["bands"][0]["band"], 0);
+    EXPECT_EQ(Json::parse(posted.body).count("device"), 0u);
+    const std::pair<ServeRig::Reply, std::string> refused[] = {
+        {serve.call("GET", "/api/devices/0/eq/CF/curve?points=8"),
+         error("points must be a whole number from 16 to 2048")},
+        {serve.call("GET", "/api/devices/0/eq/XX/curve"),
+         error("no channel XX (channels: LF RF LS RS CF L1)")},
+        {serve.call("POST", "/api/curve", R"({"bands": [[2, 1000]]})"),
+         error("bands[0] is not an array of six numbers")},
+    };
+    for (const auto& r : refused) {
+        EXPECT_EQ(r.first.status, 400);
+        EXPECT_EQ(r.first.body, r.second);
+    }
+}
+
 TEST(ServeApiTest, AFullQueueIsAnswered503) {
     CabledDaemon daemon;  // serves no Reverb: a Reverb request waits its timeout out
     ServeRig serve({daemon.path()}, {"--queue=1", "--timeout=1000"});
@@ -323,6 +407,8 @@ TEST(ServeApiTest, AFullQueueIsAnswered503) {
 }
 
 TEST(ServeApiTest, SigtermEndsTheServerWithStatusZeroAndEveryAnsweredRequestDone) {
+    // Request i sets the master gain to -masterOf(i) dB, within the profile's range.
+    const auto masterOf = [](int i) { return i % 60 + 1; };
     CabledDaemon daemon;
     ServeRig serve({daemon.path()});
     ASSERT_TRUE(serve.ready()) << serve.output();
@@ -331,7 +417,8 @@ TEST(ServeApiTest, SigtermEndsTheServerWithStatusZeroAndEveryAnsweredRequestDone
     std::thread client([&] {
         for (int i = 1; i < 100000; ++i) {
             const ServeRig::Reply r = serve.call(
-                "POST", "/api/devices/0/request", message("Gain", "SetMaster", "[-" + std::to_string(i) + "]"));
+                "POST", "/api/devices/0/request",
+                message("Gain", "SetMaster", "[-" + std::to_string(masterOf(i)) + "]"));
             if (r.status != 200) {
                 break;
             }
@@ -346,7 +433,7 @@ TEST(ServeApiTest, SigtermEndsTheServerWithStatusZeroAndEveryAnsweredRequestDone
     client.join();
     const std::string log = daemon.log();
     for (const int i : done) {
-        EXPECT_NE(log.find("Gain:SetMasterRequest:0:OK:<-" + std::to_string(i) + ">:"),
+        EXPECT_NE(log.find("Gain:SetMasterRequest:0:OK:<-" + std::to_string(masterOf(i)) + ">:"),
                   std::string::npos)
             << i;
     }

@@ -1,5 +1,7 @@
 #include "VekCommandReader.h"
 
+#include "VekChannelBands.h"
+
 namespace vekmaster {
 
 namespace {
@@ -11,7 +13,7 @@ const char* const kDevice = "device";
 }  // namespace
 
 bool VekCommandReader::isVerb(const std::string& word) {
-    return word == "snapshot" || word == "apply" || word == "diff";
+    return word == "snapshot" || word == "apply" || word == "diff" || word == "curve";
 }
 
 std::string VekCommandReader::read(const VekMessageCatalog& catalog,
@@ -39,6 +41,16 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         if (command.paths[0] == kDevice && command.paths[1] == kDevice) {
             return "diff compares the device with a document, or two documents";
         }
+    } else if (verb == "curve") {
+        command.verb = Verb::Curve;
+        if (words.size() != 2) {
+            return "curve takes one channel: curve CHANNEL (LF RF LS RS CF L1)";
+        }
+        command.channel = words[1];
+        const std::string problem = VekChannelBands::checkChannel(command.channel);
+        if (!problem.empty()) {
+            return "curve: " + problem;
+        }
     } else {
         const VekMasterMessage* message = nullptr;
         const std::string problem = catalog.prepare(words, message, command.args);
@@ -47,6 +59,10 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         }
         command.feature = message->feature;
         command.name = message->name;
+    }
+    if ((!command.svg.empty() || command.csv || !command.document.empty() || command.points != 0) &&
+        command.verb != Verb::Curve) {
+        return "--svg, --csv, --document and --points go with curve";
     }
     if ((command.dryRun || command.bypass) && command.verb != Verb::Apply) {
         return "--dry-run and --bypass go with apply";
@@ -69,8 +85,15 @@ std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
             command.dryRun = true;
         } else if (word == "--bypass") {
             command.bypass = true;
+        } else if (word == "--csv") {
+            command.csv = true;
+        } else if (word.rfind("--svg=", 0) == 0 && word.size() > 6) {
+            command.svg = word.substr(6);
+        } else if (word.rfind("--document=", 0) == 0 && word.size() > 11) {
+            command.document = word.substr(11);
         } else if (word.rfind("--", 0) == 0) {
-            return "a script line takes no option but --output=FILE, --dry-run and --bypass, not " +
+            return "a script line takes no option but --output=FILE, --dry-run, --bypass, "
+                   "--svg=FILE, --csv and --document=FILE, not " +
                    word;
         } else {
             rest.push_back(word);

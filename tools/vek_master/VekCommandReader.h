@@ -9,7 +9,7 @@
 namespace vekmaster {
 
 // Turns the words of a command (from the command line or a script line) into a checked
-// command: FEATURE MESSAGE ARG..., "snapshot", "apply FILE" or "diff A B".
+// command: FEATURE MESSAGE ARG..., "snapshot", "apply FILE", "diff A B" or "curve CHANNEL".
 class VekCommandReader {
 public:
     // The verbs, for the usage text.

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "VekChannelBands.h"
+#include "VekCurvePlot.h"
 #include "VekRawFileSink.h"
 #include "VekReplyFormatter.h"
 #include "VekReplyJson.h"
@@ -70,6 +72,8 @@ VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
             return apply(command);
         case Verb::Diff:
             return diff(command);
+        case Verb::Curve:
+            return curve(command);
         case Verb::Message:
             break;
     }
@@ -146,6 +150,12 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     Json document;
     if (!load(table_, command.paths[0], document, result)) {
         return result;
+    }
+    const VekDeviceProfile::Breach breach =
+        VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
+    if (breach.found()) {
+        return result.fail(VekExitStatus::kUsage,
+                           command.paths[0] + ": " + breach.problem + "; nothing was sent");
     }
     VekTuningApply::Options options;
     options.dryRun = command.dryRun;
@@ -234,6 +244,71 @@ VekCommandResult VekCommandRunner::diff(const VekMasterCommand& command) {
     result.summary = differences.empty()
                          ? "equal"
                          : plural(differences.size(), "difference", "differences") + ": " + lines;
+    return result;
+}
+
+VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekChannelBands bands;
+    if (!command.document.empty()) {
+        Json document;
+        if (!load(table_, command.document, document, result)) {
+            return result;
+        }
+        const std::string problem = bands.take(document, command.channel);
+        if (!problem.empty()) {
+            return result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
+        }
+    } else {
+        const VekMasterReply* failed = nullptr;
+        std::string problem;
+        if (!bands.read(access_, command.channel, failed, problem)) {
+            if (failed == nullptr) {
+                return result.fail(VekExitStatus::kNg, problem);
+            }
+            return result.fail(VekExitStatus::of(*failed),
+                               failed->answered() ? failed->feature + ' ' + failed->message +
+                                                        " answered NG: the bands cannot be read"
+                                                  : failed->problem);
+        }
+    }
+    const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
+    const size_t points = command.points != 0 ? command.points : VekResponseCurve::kDefaultPoints;
+    Json curve = {{"feature", bands.feature}, {"channel", bands.channel}};
+    curve.update(VekResponseCurve(*profile, points).json(bands.bands));
+    const std::string what = bands.feature + ' ' + bands.channel + ", " +
+                             plural(bands.bands.size(), "band", "bands") + " (profile " +
+                             profile->name() + ")";
+    // The total's extremes: what a listener would notice first.
+    const Json& total = curve["total"];
+    size_t lo = 0;
+    size_t hi = 0;
+    for (size_t i = 0; i < total.size(); ++i) {
+        lo = total[i].get<double>() < total[lo].get<double>() ? i : lo;
+        hi = total[i].get<double>() > total[hi].get<double>() ? i : hi;
+    }
+    const auto at = [&](size_t i) {
+        return VekValueJson::dump(total[i]) + " dB at " +
+               VekValueJson::dump(VekValueJson::number(curve["frequencies"][i].get<double>(), 0)) +
+               " Hz";
+    };
+    result.summary = what + ": " + at(lo) + " to " + at(hi);
+    result.json = curve;
+    if (!command.svg.empty()) {
+        const std::string problem =
+            writeFile(command.svg, VekCurvePlot::svg(curve, "Equaliser response: " + what));
+        if (!problem.empty()) {
+            return result.fail(VekExitStatus::kIo, problem);
+        }
+        result.summary += "; written to " + command.svg;
+    }
+    if (command.csv) {
+        result.out = VekCurvePlot::csv(curve);
+    } else if (json_) {
+        result.out = VekValueJson::dump(curve) + '\n';
+    } else {
+        result.out = result.summary + '\n';
+    }
     return result;
 }
 

@@ -40,6 +40,7 @@ private:
     VekCommandResult snapshot(const VekMasterCommand& command);
     VekCommandResult apply(const VekMasterCommand& command);
     VekCommandResult diff(const VekMasterCommand& command);
+    VekCommandResult curve(const VekMasterCommand& command);
     // A tuning to compare: a document, or the device read for what other holds.
     bool side(const std::string& path, const Json* other, Json& settings, VekCommandResult& result);
 

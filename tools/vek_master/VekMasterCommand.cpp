@@ -19,6 +19,11 @@ std::string VekMasterCommand::text() const {
         case Verb::Diff:
             line = "diff " + paths[0] + ' ' + paths[1];
             break;
+        case Verb::Curve:
+            line = "curve " + channel + (document.empty() ? "" : " --document=" + document) +
+                   (svg.empty() ? "" : " --svg=" + svg) + (csv ? " --csv" : "") +
+                   (points == 0 ? "" : " --points=" + std::to_string(points));
+            break;
     }
     return line + (output.empty() ? "" : " --output=" + output);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "VekSerDes.h"
@@ -8,7 +9,7 @@ namespace vekmaster {
 
 // A checked command, ready to run on a session: one message, or a tuning verb.
 struct VekMasterCommand {
-    enum class Verb { Message, Snapshot, Apply, Diff };
+    enum class Verb { Message, Snapshot, Apply, Diff, Curve };
 
     Verb verb = Verb::Message;
     std::string feature;  // Message: "Gain" "SetChannel" and its ARGs
@@ -16,6 +17,12 @@ struct VekMasterCommand {
     vekprotocol::VekFields args;
     std::string output;    // --output=FILE: the raw data, or the snapshot's document
     std::string paths[2];  // Apply: the document; Diff: A and B ("device" for the device)
+    // Curve: the channel, and where its bands come from (a document, or "" for the device)
+    std::string channel;
+    std::string document;
+    std::string svg;  // write the curve as an SVG picture to this file
+    bool csv = false;  // print it as CSV
+    size_t points = 0;
     bool dryRun = false;   // Apply
     bool bypass = false;   // Apply
     int line = 0;          // its line in a script, 0 on the command line

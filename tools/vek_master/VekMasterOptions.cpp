@@ -50,6 +50,20 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             dryRun = true;
         } else if (std::strcmp(arg, "--bypass") == 0) {
             bypass = true;
+        } else if (std::strcmp(arg, "--force") == 0) {
+            force = true;
+        } else if (std::strcmp(arg, "--csv") == 0) {
+            csv = true;
+        } else if ((value = VekOption::valueAfter(arg, "--profile=")) != nullptr) {
+            profile = value;
+        } else if ((value = VekOption::valueAfter(arg, "--svg=")) != nullptr) {
+            svg = value;
+        } else if ((value = VekOption::valueAfter(arg, "--document=")) != nullptr) {
+            document = value;
+        } else if ((value = VekOption::valueAfter(arg, "--points=")) != nullptr) {
+            if (!readNumber(value, 16, 2048, points)) {
+                return std::string("--points=") + value + " is not a number of points (16 to 2048)";
+            }
         } else if ((value = VekOption::valueAfter(arg, "--device=")) != nullptr) {
             devices.emplace_back(value);
         } else if ((value = VekOption::valueAfter(arg, "--devices=")) != nullptr) {
@@ -128,6 +142,12 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if ((dryRun || bypass) && !script.empty()) {
         return "--dry-run and --bypass go on the script line of their apply";
     }
+    if (curving() && (words.empty() || words[0] != "curve")) {
+        return "--svg, --csv, --document and --points go with curve";
+    }
+    if (!svg.empty() && csv) {
+        return "give either --svg=FILE or --csv, not both";
+    }
     if (launch.empty() && (!log.empty() || !daemonArgs.empty())) {
         return "--log and DAEMON-ARGS need --launch";
     }
@@ -143,9 +163,9 @@ std::string VekMasterOptions::checkServing() const {
             return "serve takes no operands (the lines are --device=PATH)";
         }
         if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
-            keepGoing || dryRun || bypass || !output.empty()) {
+            keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
             return "serve takes --device, --devices, --baudRate, --timeout, --listen, "
-                   "--token-file, --queue and --client-timeout";
+                   "--token-file, --queue, --client-timeout and --profile";
         }
         return "";
     }
@@ -160,6 +180,10 @@ std::string VekMasterOptions::checkServing() const {
     }
     if (!devices.empty() || !devicesFile.empty() || !launch.empty()) {
         return "--connect and --device, --devices or --launch exclude each other";
+    }
+    if (force) {
+        return "--force does not go with --connect: the server checks every value against "
+               "its own profile";
     }
     if (lineTuned || stats) {
         return "--baudRate, --timeout and --stats are the server's with --connect "

@@ -35,6 +35,13 @@ struct VekMasterOptions {
     std::string connect;
     int deviceIndex = 0;
     bool lineTuned = false;  // --baudRate or --timeout given
+    std::string profile;     // the device profile file; the built-in one when empty
+    bool force = false;      // send values outside the profile's ranges anyway
+    // curve: the channel's response as an SVG file or CSV, from a document, on N points.
+    std::string svg;
+    bool csv = false;
+    std::string document;
+    long points = 0;
     std::vector<std::string> words;       // FEATURE MESSAGE ARG..., or a verb
     std::vector<std::string> daemonArgs;  // after "--"
 
@@ -42,6 +49,8 @@ struct VekMasterOptions {
     std::string parse(int argc, char** argv);
     // The command is `serve`.
     bool serving() const { return !words.empty() && words[0] == "serve"; }
+    // An option of curve is given.
+    bool curving() const { return !svg.empty() || csv || !document.empty() || points != 0; }
     // "" or why the options of serve and --connect do not go together.
     std::string checkServing() const;
     // Adds the lines of --devices=FILE to devices, and the default device when there is

@@ -2,14 +2,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "VekCommandReader.h"
 #include "VekCommandRunner.h"
 #include "VekDaemonLauncher.h"
+#include "VekDeviceProfile.h"
 #include "VekDeviceRunner.h"
 #include "VekExitStatus.h"
 #include "VekLineSettings.h"
@@ -58,8 +62,10 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] snapshot [--output=FILE]\n"
         "       vek_master [OPTION...] apply FILE [--dry-run] [--bypass]\n"
         "       vek_master [OPTION...] diff A B\n"
+        "       vek_master [OPTION...] curve CHANNEL [--svg=FILE | --csv] [--document=FILE]\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
         "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
+        "                        [--profile=FILE]\n"
         "Sends requests to a vek_tuner slave over its serial line and prints the answers:\n"
         "the answer's fields as name=value lines, then OK or NG.\n"
         "\n"
@@ -71,6 +77,10 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  diff A B        print the values that differ, one per line as\n"
         "                  feature.setting[channel/band]: a -> b; A and B are each a\n"
         "                  document or the word device (the connected device)\n"
+        "  curve CHANNEL   the equaliser response of a channel (LF RF LS RS CF L1) from\n"
+        "                  its bands on the device, or in a document with --document=FILE:\n"
+        "                  its lowest and highest point; --svg=FILE draws it, --csv prints\n"
+        "                  frequency,total,band0,...; --points=N (16 to 2048, default 256)\n"
         "\n"
         "Options:\n"
         "  --device=PATH   serial line to the slave (default /dev/ttyUSB0); given several\n"
@@ -108,6 +118,11 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  --queue=N       requests that may wait per line (default 64; more get 503)\n"
         "  --client-timeout=MS  for a client to send a request or take an answer\n"
         "                  (default 15000)\n"
+        "  --profile=FILE  the device profile: what band values mean and the range of\n"
+        "                  every value (default: the built-in profile); a value outside\n"
+        "                  its range is refused with status 64 and nothing is sent\n"
+        "  --force         send a message's value outside the profile's range anyway (it\n"
+        "                  says so on standard error)\n"
         "  --help          print this text\n"
         "\n"
         "Messages and their ARGs, in wire order (a list takes every ARG left):\n"
@@ -132,6 +147,10 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
         command.output = options.output;
         command.dryRun = options.dryRun;
         command.bypass = options.bypass;
+        command.document = options.document;
+        command.svg = options.svg;
+        command.csv = options.csv;
+        command.points = static_cast<size_t>(options.points);
         const std::string problem = VekCommandReader::read(catalog, options.words, command);
         if (!problem.empty()) {
             return usage(problem);
@@ -174,6 +193,40 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
     return VekExitStatus::kOk;
 }
 
+// --profile=FILE: the ranges every value is checked against, for every command.
+int useProfile(const std::string& path) {
+    if (path.empty()) {
+        return VekExitStatus::kOk;
+    }
+    if (::access(path.c_str(), R_OK) != 0) {
+        complain("profile " + path + ": cannot be read: " + std::strerror(errno));
+        return VekExitStatus::kIo;
+    }
+    auto profile = std::make_shared<VekDeviceProfile>();
+    const std::string problem = profile->load(path);
+    if (!problem.empty()) {
+        complain(problem);
+        return VekExitStatus::kUsage;
+    }
+    VekDeviceProfile::use(std::move(profile));
+    return VekExitStatus::kOk;
+}
+
+// With --force a value outside the profile's ranges is sent, but never silently.
+void warnForced(const VekMessageCatalog& catalog, const std::vector<VekMasterCommand>& commands) {
+    for (const VekMasterCommand& command : commands) {
+        const VekMasterMessage* message = catalog.find(command.feature, command.name);
+        if (command.verb != Verb::Message || message == nullptr) {
+            continue;
+        }
+        const VekDeviceProfile::Breach breach =
+            VekDeviceProfile::inUse()->check(*message, command.args);
+        if (breach.found()) {
+            complain("--force: " + breach.problem + "; sending it anyway");
+        }
+    }
+}
+
 // Several devices write their snapshots into a directory, one file each.
 std::string checkSeveral(const VekMasterOptions& options,
                          const std::vector<VekMasterCommand>& commands) {
@@ -195,8 +248,11 @@ std::string checkSeveral(const VekMasterOptions& options,
 
 bool needsLine(const std::vector<VekMasterCommand>& commands) {
     for (const VekMasterCommand& command : commands) {
-        if (command.verb != Verb::Diff || command.paths[0] == "device" ||
-            command.paths[1] == "device") {
+        const bool documentsOnly =
+            (command.verb == Verb::Diff && command.paths[0] != "device" &&
+             command.paths[1] != "device") ||
+            (command.verb == Verb::Curve && !command.document.empty());
+        if (!documentsOnly) {
             return true;
         }
     }
@@ -275,6 +331,7 @@ void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
     if (!several) {
         showProgress(session);
     }
+    session.setLimited(!options.force);
     const VekSettingsTable table(session.catalog());
     VekSessionAccess access(session, table, run.device);
     runCommands(access, session.catalog(), options, commands, several, run);
@@ -413,13 +470,21 @@ int main(int argc, char** argv) {
     if (!problem.empty()) {
         return usage(problem);
     }
+    const int profiled = useProfile(options.profile);
+    if (profiled != VekExitStatus::kOk) {
+        return profiled;
+    }
     if (options.serving()) {
         return serve(options);
     }
     std::vector<VekMasterCommand> commands;
+    catalog.setLimited(!options.force);
     const int prepared = prepare(options, catalog, commands);
     if (prepared != VekExitStatus::kOk) {
         return prepared;
+    }
+    if (options.force) {
+        warnForced(catalog, commands);
     }
     bool unreadable = false;
     problem = options.resolveDevices(unreadable);
@@ -441,7 +506,7 @@ int main(int argc, char** argv) {
         return runConnected(options, catalog, commands);
     }
     if (!needsLine(commands)) {
-        // Two documents compared: no device is involved.
+        // Documents only (two compared, a curve drawn from one): no device is involved.
         VekSerialLine none;
         VekMasterSession session(none, options.timeoutMs);
         DeviceRun run;

@@ -52,6 +52,8 @@ public:
                                   const vekprotocol::VekFields& args, VekRawSink* raw = nullptr);
 
     const VekMessageCatalog& catalog() const { return catalog_; }
+    // Off: values outside the device profile's ranges are sent.
+    void setLimited(bool limited) { catalog_.setLimited(limited); }
     const Traffic& traffic() const { return traffic_; }
     // The answer of the request under way (its fields are in once its raw data begins).
     const VekMasterReply& reply() const { return reply_; }

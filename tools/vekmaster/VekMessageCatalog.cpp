@@ -1,5 +1,6 @@
 #include "VekMessageCatalog.h"
 
+#include "VekDeviceProfile.h"
 #include "VekFieldReader.h"
 
 namespace vekmaster {
@@ -182,7 +183,7 @@ std::string VekMessageCatalog::check(const VekMasterMessage& message, const VekF
     if (!message.encode(args, 0, scratch)) {
         return head + ": the arguments do not read as " + wanted.synopsis();
     }
-    return "";
+    return limited_ ? VekDeviceProfile::inUse()->check(message, args).problem : "";
 }
 
 std::string VekMessageCatalog::help() const {

@@ -40,8 +40,11 @@ public:
     // cannot be sent.
     std::string prepare(const std::vector<std::string>& words, const VekMasterMessage*& message,
                         vekprotocol::VekFields& args) const;
-    // Checks the ARGs of a message; "" or why they cannot be sent.
+    // Checks the ARGs of a message, and their ranges against the device profile in use
+    // unless limits are off; "" or why they cannot be sent.
     std::string check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const;
+    // Off: values outside the profile's ranges are sent (vek_master --force).
+    void setLimited(bool limited) { limited_ = limited; }
     // One line per message: "  Gain SetChannel channelGain:float[6]".
     std::string help() const;
 
@@ -65,6 +68,7 @@ private:
     std::vector<std::unique_ptr<VekResponseSink>> sinks_;
     std::vector<std::pair<std::string, vekprotocol::VekSerDes*>> features_;
     std::vector<VekMasterMessage> messages_;
+    bool limited_ = true;
 };
 
 }  // namespace vekmaster

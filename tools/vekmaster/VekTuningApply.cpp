@@ -64,6 +64,16 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     if (!placeBypass(settings, current, options, steps, result)) {
         return result;
     }
+    // Every request is checked before the first is sent: a request also carries the
+    // device's own values of the channels the document leaves alone.
+    for (const Step& step : steps) {
+        const std::string refused = session_.catalog().check(*step.setting->set, step.args);
+        if (!refused.empty()) {
+            result.status = VekExitStatus::kUsage;
+            result.problem = refused + "; nothing was set";
+            return result;
+        }
+    }
     for (const Step& step : steps) {
         result.requests.push_back(step.setting->set->text(step.args));
         result.values += step.wanted.size();

@@ -1,5 +1,6 @@
 #include "VekTuningDocument.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "VekNames.h"
@@ -184,6 +185,40 @@ std::string VekTuningDocument::check(const VekSettingsTable& table, const Json& 
         }
     }
     return "";
+}
+
+VekDeviceProfile::Breach VekTuningDocument::outOfRange(const VekSettingsTable& table,
+                                                      const Json& document,
+                                                      const VekDeviceProfile& profile) {
+    const Json* settings = VekValueJson::member(&document, "settings");
+    VekDeviceProfile::Breach breach;
+    for (const VekSetting& setting : table.settings()) {
+        const Json* value = settings != nullptr ? VekSettingItem::at(*settings, setting, {}) : nullptr;
+        if (value == nullptr || setting.set == nullptr) {
+            continue;
+        }
+        VekSettingItem::forEach(setting, *value, [&](const VekSettingItem::Key& key, const Json& item) {
+            VekSettingItem::Texts texts;
+            if (breach.found() || VekSettingItem::isMissing(item) ||
+                !VekSettingItem::texts(setting, item, texts).empty()) {
+                return;
+            }
+            const auto& channels = VekSettingsTable::channels();
+            const int channel =
+                setting.range == Range::ChannelArray
+                    ? static_cast<int>(std::find(channels.begin(), channels.end(), key.channel) -
+                                       channels.begin())
+                    : -1;
+            breach = profile.check(setting.feature, setting.set->name, setting.value, texts, channel);
+            if (breach.found()) {
+                breach.problem = VekSettingItem::label(setting, key) + ": " + breach.problem;
+            }
+        });
+        if (breach.found()) {
+            break;
+        }
+    }
+    return breach;
 }
 
 }  // namespace vekmaster

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "VekDeviceProfile.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
 
@@ -32,6 +33,10 @@ public:
     // "" or the first entry that a device could not take, named by its place in the
     // document: "settings.EqV2.band.CF[7]: value3 is not a number a float can hold".
     static std::string check(const VekSettingsTable& table, const Json& document);
+    // The first value of a checked document outside the profile's ranges, its problem
+    // led by its place: "Gain.master: Gain SetMaster masterGain 60 is outside ...".
+    static VekDeviceProfile::Breach outOfRange(const VekSettingsTable& table, const Json& document,
+                                               const VekDeviceProfile& profile);
 };
 
 }  // namespace vekmaster

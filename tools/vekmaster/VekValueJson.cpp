@@ -93,6 +93,15 @@ const VekValueJson::Json* VekValueJson::member(const Json* object, const std::st
     return found != object->end() ? &*found : nullptr;
 }
 
+VekValueJson::Json VekValueJson::number(double value, int decimals) {
+    const double scale = std::pow(10.0, decimals);
+    const double rounded = std::round(value * scale) / scale;
+    if (std::isfinite(rounded) && rounded == std::floor(rounded) && std::fabs(rounded) < 9e15) {
+        return Json(static_cast<int64_t>(rounded));
+    }
+    return Json(rounded);
+}
+
 std::string VekValueJson::dump(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }

@@ -22,6 +22,9 @@ public:
     static std::string toWire(const std::string& base, const Json& value, std::string& text);
     // The member of that name of an object, or null (also when object is null or not one).
     static const Json* member(const Json* object, const std::string& name);
+    // A computed number for people and pages: rounded to decimals places, and an
+    // integer when it is a whole number (48000, not 48000.0).
+    static Json number(double value, int decimals);
     // JSON text of a value, never throwing: bytes that are not UTF-8 are replaced.
     static std::string dump(const Json& value);
     // A document for people to read and to compare line by line: one member a line,

@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "VekChannelBands.h"
 #include "VekExitHttp.h"
 #include "VekRequestBody.h"
 #include "VekStreamSink.h"
@@ -61,6 +62,14 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
               bind(&VekApiRoutes::files));
     table.add("GET", "/api/devices/{}/files/{}/{}", "the content of a feature's file N, any size",
               bind(&VekApiRoutes::file));
+    table.add("GET", "/api/profile",
+              "the device profile in use: band values' meaning, every value's range",
+              [this](const ExchangePtr& e, const Params&) { profile(e); });
+    table.add("GET", "/api/devices/{}/eq/{}/curve",
+              "a channel's equaliser response as the device holds it; ?points=N (16 to 2048)",
+              bind(&VekApiRoutes::deviceCurve));
+    table.add("POST", "/api/curve", "{\"bands\": [[six values], ...], \"points\": N}: their response",
+              [this](const ExchangePtr& e, const Params&) { curve(e); });
     table.add("GET", "/api/events",
               "WebSocket: every request and answer on every line, and line states",
               [](const ExchangePtr& e, const Params&) {
@@ -136,7 +145,14 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     const std::string problem =
         VekRequestBody::message(catalog_, exchange->request().body, checked, args);
     if (!problem.empty()) {
-        exchange->answer(400, VekHttpExchange::error(problem));
+        const VekDeviceProfile::Breach breach =
+            checked != nullptr ? VekDeviceProfile::inUse()->check(*checked, args)
+                               : VekDeviceProfile::Breach();
+        if (breach.found() && breach.problem == problem) {
+            refuseRange(exchange, breach);
+        } else {
+            exchange->answer(400, VekHttpExchange::error(problem));
+        }
         return;
     }
     const bool raw = exchange->request().flag("raw");
@@ -196,6 +212,12 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
         VekRequestBody::document(table_, exchange->request().body, document);
     if (!problem.empty()) {
         exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    const VekDeviceProfile::Breach breach =
+        VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
+    if (breach.found()) {
+        refuseRange(exchange, breach);
         return;
     }
     VekTuningApply::Options options;
@@ -294,6 +316,69 @@ void VekApiRoutes::file(const ExchangePtr& exchange, const Params& params) {
                                                                 path));
                }
            });
+}
+
+void VekApiRoutes::refuseRange(const ExchangePtr& exchange, const VekDeviceProfile::Breach& breach) {
+    Json body = VekHttpExchange::error(breach.problem);
+    body["field"] = breach.field;
+    body["min"] = VekValueJson::number(breach.min, 6);
+    body["max"] = VekValueJson::number(breach.max, 6);
+    exchange->answer(400, body);
+}
+
+void VekApiRoutes::profile(const ExchangePtr& exchange) {
+    exchange->answer(200, VekDeviceProfile::inUse()->json());
+}
+
+void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    size_t points = 0;
+    std::string problem = VekRequestBody::points(exchange->request().param("points"), points);
+    if (problem.empty()) {
+        problem = VekChannelBands::checkChannel(params[1]);
+    }
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    const int device = VekRequestBody::index(params[0], lines_.size());
+    submit(exchange, *target,
+           [exchange, device, channel = params[1], points](VekMasterSession&,
+                                                           VekSessionAccess& access) {
+               VekChannelBands bands;
+               const VekMasterReply* failed = nullptr;
+               std::string why;
+               if (!bands.read(access, channel, failed, why)) {
+                   if (failed != nullptr && failed->answered()) {
+                       exchange->answer(502, VekHttpExchange::error(
+                                                 failed->feature + ' ' + failed->message +
+                                                 " answered NG: the bands cannot be read"));
+                   } else if (failed != nullptr) {
+                       answerFailure(exchange, *failed);
+                   } else {
+                       exchange->answer(404, VekHttpExchange::error(why));
+                   }
+                   return;
+               }
+               const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
+               Json body = {{"device", device}, {"feature", bands.feature}, {"channel", channel}};
+               body.update(VekResponseCurve(*profile, points).json(bands.bands));
+               exchange->answer(200, body);
+           });
+}
+
+void VekApiRoutes::curve(const ExchangePtr& exchange) {
+    std::vector<VekResponseCurve::Band> bands;
+    size_t points = 0;
+    const std::string problem = VekRequestBody::curve(exchange->request().body, bands, points);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    exchange->answer(200, VekResponseCurve(*VekDeviceProfile::inUse(), points).json(bands));
 }
 
 }  // namespace vekserve

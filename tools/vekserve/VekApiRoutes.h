@@ -7,6 +7,7 @@
 
 #include "VekHttpExchange.h"
 #include "VekLineWorker.h"
+#include "VekDeviceProfile.h"
 #include "VekMessageCatalog.h"
 #include "VekRouteTable.h"
 #include "VekServeConfig.h"
@@ -43,6 +44,12 @@ private:
     void diff(const ExchangePtr& exchange);
     void files(const ExchangePtr& exchange, const Params& params);
     void file(const ExchangePtr& exchange, const Params& params);
+    void profile(const ExchangePtr& exchange);
+    void deviceCurve(const ExchangePtr& exchange, const Params& params);
+    void curve(const ExchangePtr& exchange);
+    // 400 for a value outside the profile's ranges, with the field and its range.
+    static void refuseRange(const ExchangePtr& exchange,
+                            const vekmaster::VekDeviceProfile::Breach& breach);
 
     // The line a path names; null after answering 404.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);

@@ -143,6 +143,61 @@ std::string VekRequestBody::diff(const VekSettingsTable& table, const std::strin
     return "";
 }
 
+std::string VekRequestBody::curve(const std::string& body,
+                                  std::vector<VekResponseCurve::Band>& bands, size_t& count) {
+    Json json;
+    std::string problem = parseObject(body, json);
+    const Json* list = VekValueJson::member(&json, "bands");
+    if (problem.empty() && (list == nullptr || !list->is_array())) {
+        problem = "expected {\"bands\": [[six numbers], ...], \"points\": N}";
+    }
+    if (problem.empty() && list->size() > VekSettingsTable::kMaxBands) {
+        problem = "at most " + std::to_string(VekSettingsTable::kMaxBands) + " bands";
+    }
+    bands.clear();
+    for (size_t i = 0; problem.empty() && i < list->size(); ++i) {
+        const Json& band = (*list)[i];
+        VekResponseCurve::Band values{};
+        bool ok = band.is_array() && band.size() == values.size();
+        for (size_t k = 0; ok && k < values.size(); ++k) {
+            ok = band[k].is_number();
+            values[k] = ok ? band[k].get<double>() : 0;
+        }
+        if (!ok) {
+            problem = "bands[" + std::to_string(i) + "] is not an array of six numbers";
+        }
+        bands.push_back(values);
+    }
+    const Json* given = VekValueJson::member(&json, "points");
+    if (problem.empty()) {
+        problem = points(given == nullptr ? ""
+                         : given->is_number_unsigned() && given->get<uint64_t>() < 1000000
+                             ? std::to_string(given->get<uint64_t>())
+                             : "x",
+                         count);
+    }
+    return problem;
+}
+
+std::string VekRequestBody::points(const std::string& text, size_t& points) {
+    points = VekResponseCurve::kDefaultPoints;
+    if (text.empty()) {
+        return "";
+    }
+    char* end = nullptr;
+    errno = 0;
+    const long value = std::strtol(text.c_str(), &end, 10);
+    if (text.find_first_not_of("0123456789") != std::string::npos || *end != '\0' || errno != 0 ||
+        value < static_cast<long>(VekResponseCurve::kMinPoints) ||
+        value > static_cast<long>(VekResponseCurve::kMaxPoints)) {
+        return "points must be a whole number from " +
+               std::to_string(VekResponseCurve::kMinPoints) + " to " +
+               std::to_string(VekResponseCurve::kMaxPoints);
+    }
+    points = static_cast<size_t>(value);
+    return "";
+}
+
 int VekRequestBody::index(const std::string& text, size_t count) {
     char* end = nullptr;
     errno = 0;

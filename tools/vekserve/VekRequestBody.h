@@ -3,6 +3,7 @@
 #include <string>
 
 #include "VekMessageCatalog.h"
+#include "VekResponseCurve.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
 
@@ -34,6 +35,11 @@ public:
     // {"a": DOCUMENT or "device", "b": DOCUMENT or "device", "device": N}
     static std::string diff(const vekmaster::VekSettingsTable& table, const std::string& body,
                             Diff& diff);
+    // {"bands": [[six numbers], ...], "points": N}: band values not on a device.
+    static std::string curve(const std::string& body, std::vector<vekmaster::VekResponseCurve::Band>& bands,
+                             size_t& points);
+    // A curve's number of points from ?points=N; the default when text is empty.
+    static std::string points(const std::string& text, size_t& points);
     // A device index from a path segment: a decimal number below count, or -1.
     static int index(const std::string& text, size_t count);
 };

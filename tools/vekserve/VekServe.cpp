@@ -1,5 +1,7 @@
 #include "VekServe.h"
 
+#include "VekDeviceProfile.h"
+
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -12,6 +14,7 @@
 #include <vector>
 
 #include "VekApiRoutes.h"
+#include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
 #include "VekHttpServer.h"
 #include "VekLineWorker.h"
@@ -64,6 +67,8 @@ int VekServe::run() {
     const bool v6 = config_.host.find(':') != std::string::npos;
     say("vek_master serve: listening on http://" + (v6 ? '[' + config_.host + ']' : config_.host) +
         ':' + std::to_string(port));
+    const auto profile = vekmaster::VekDeviceProfile::inUse();
+    say("vek_master serve: device profile " + profile->name() + " (" + profile->source() + ")");
 
     net::steady_timer limit(io);
     size_t running = lines.size();
