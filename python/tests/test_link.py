@@ -242,8 +242,9 @@ def test_a_line_that_cannot_be_opened(tmp_path):
 FAKE_DAEMON = """#!/bin/sh
 # Greets on the line it is given, then ends with status 3 when asked to stop.
 for arg; do device=${arg#--device=}; done
-printf 'HELLO!\\n' > "$device"
+# The trap before the greeting: the stop may come as soon as the greeting is read.
 trap 'exit 3' USR1
+printf 'HELLO!\\n' > "$device"
 while :; do sleep 0.05; done
 """
 
