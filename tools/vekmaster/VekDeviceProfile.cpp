@@ -287,7 +287,8 @@ std::string VekDeviceProfile::read(const Json& json) {
 }
 
 VekDeviceProfile::Shape VekDeviceProfile::shape(double code) const {
-    if (!std::isfinite(code) || code != std::floor(code)) {
+    // Beyond a long's range the cast below would be undefined; no type code is that large.
+    if (!(std::fabs(code) < 1e9) || code != std::floor(code)) {
         return Shape::Off;
     }
     const auto found = types_.find(static_cast<long>(code));

@@ -60,7 +60,8 @@ TEST(ResponseCurveTest, PassFiltersAreThreeDecibelsDownAtTheirCornerWithQ0707) {
 TEST(ResponseCurveTest, BandsThatMakeNoFilterAreFlat) {
     for (const VekResponseCurve::Band& flat :
          {band(kOff, 1000, 12, 1), band(7, 1000, 12, 1), band(kPeaking, 0, 12, 1),
-          band(kPeaking, 30000, 12, 1), band(kPeaking, 1000, 12, 0), band(kPeaking, 1000, NAN, 1)}) {
+          band(kPeaking, 30000, 12, 1), band(kPeaking, 1000, 12, 0), band(kPeaking, 1000, NAN, 1),
+          band(21e39, 1000, 12, 1), band(-1e300, 1000, 12, 1)}) {
         EXPECT_EQ(curve().at(flat, 1000), 0);
     }
 }
