@@ -25,6 +25,70 @@ bool readNumber(const char* text, long low, long high, long& value) {
     return end != text && *end == '\0' && errno == 0 && value >= low && value <= high;
 }
 
+std::string msRange() {
+    return "a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) + ")";
+}
+
+struct Flag {
+    const char* name;
+    bool VekMasterOptions::*field;
+};
+
+struct Text {
+    const char* prefix;
+    std::string VekMasterOptions::*field;
+};
+
+struct Number {
+    const char* prefix;
+    long VekMasterOptions::*field;
+    long low, high;
+    const char* what;
+};
+
+constexpr Flag kFlags[] = {
+    {"--json", &VekMasterOptions::json},       {"--help", &VekMasterOptions::help},
+    {"--keep-going", &VekMasterOptions::keepGoing}, {"--stats", &VekMasterOptions::stats},
+    {"--dry-run", &VekMasterOptions::dryRun},  {"--bypass", &VekMasterOptions::bypass},
+    {"--force", &VekMasterOptions::force},     {"--csv", &VekMasterOptions::csv},
+};
+
+constexpr Text kTexts[] = {
+    {"--profile=", &VekMasterOptions::profile},     {"--svg=", &VekMasterOptions::svg},
+    {"--document=", &VekMasterOptions::document},   {"--devices=", &VekMasterOptions::devicesFile},
+    {"--script=", &VekMasterOptions::script},       {"--launch=", &VekMasterOptions::launch},
+    {"--log=", &VekMasterOptions::log},             {"--output=", &VekMasterOptions::output},
+    {"--listen=", &VekMasterOptions::listen},       {"--token-file=", &VekMasterOptions::tokenFile},
+    {"--connect=", &VekMasterOptions::connect},
+};
+
+constexpr Number kNumbers[] = {
+    {"--points=", &VekMasterOptions::points, 16, 2048, "a number of points (16 to 2048)"},
+    {"--queue=", &VekMasterOptions::queue, 1, 100000, "a number of requests (1 to 100000)"},
+    {"--client-timeout=", &VekMasterOptions::clientTimeoutMs, 1, kMaxTimeoutMs, nullptr},
+};
+
+// The entry of a table whose name the argument is (flags) or starts with (valued options).
+template <typename Entry, size_t N>
+const Entry* find(const Entry (&table)[N], const char* arg, const char*& value) {
+    for (const Entry& entry : table) {
+        value = VekOption::valueAfter(arg, entry.prefix);
+        if (value != nullptr) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
+const Flag* findFlag(const char* arg) {
+    for (const Flag& flag : kFlags) {
+        if (std::strcmp(arg, flag.name) == 0) {
+            return &flag;
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 std::string VekMasterOptions::parse(int argc, char** argv) {
@@ -33,41 +97,25 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
         const char* arg = argv[i];
         const char* value = nullptr;
         long number = 0;
+        const Flag* flag = nullptr;
+        const Text* text = nullptr;
+        const Number* numeric = nullptr;
         if (std::strcmp(arg, "--") == 0) {
             ++i;
             break;
         } else if (std::strncmp(arg, "--", 2) != 0) {
             words.emplace_back(arg);
-        } else if (std::strcmp(arg, "--json") == 0) {
-            json = true;
-        } else if (std::strcmp(arg, "--help") == 0) {
-            help = true;
-        } else if (std::strcmp(arg, "--keep-going") == 0) {
-            keepGoing = true;
-        } else if (std::strcmp(arg, "--stats") == 0) {
-            stats = true;
-        } else if (std::strcmp(arg, "--dry-run") == 0) {
-            dryRun = true;
-        } else if (std::strcmp(arg, "--bypass") == 0) {
-            bypass = true;
-        } else if (std::strcmp(arg, "--force") == 0) {
-            force = true;
-        } else if (std::strcmp(arg, "--csv") == 0) {
-            csv = true;
-        } else if ((value = VekOption::valueAfter(arg, "--profile=")) != nullptr) {
-            profile = value;
-        } else if ((value = VekOption::valueAfter(arg, "--svg=")) != nullptr) {
-            svg = value;
-        } else if ((value = VekOption::valueAfter(arg, "--document=")) != nullptr) {
-            document = value;
-        } else if ((value = VekOption::valueAfter(arg, "--points=")) != nullptr) {
-            if (!readNumber(value, 16, 2048, points)) {
-                return std::string("--points=") + value + " is not a number of points (16 to 2048)";
+        } else if ((flag = findFlag(arg)) != nullptr) {
+            this->*flag->field = true;
+        } else if ((text = find(kTexts, arg, value)) != nullptr) {
+            this->*text->field = value;
+        } else if ((numeric = find(kNumbers, arg, value)) != nullptr) {
+            if (!readNumber(value, numeric->low, numeric->high, this->*numeric->field)) {
+                return std::string(numeric->prefix) + value + " is not " +
+                       (numeric->what != nullptr ? std::string(numeric->what) : msRange());
             }
         } else if ((value = VekOption::valueAfter(arg, "--device=")) != nullptr) {
             devices.emplace_back(value);
-        } else if ((value = VekOption::valueAfter(arg, "--devices=")) != nullptr) {
-            devicesFile = value;
         } else if ((value = VekOption::valueAfter(arg, "--baudRate=")) != nullptr) {
             speed_t speed = 0;
             if (!readNumber(value, 0, INT32_MAX, number) ||
@@ -79,36 +127,10 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             lineTuned = true;
         } else if ((value = VekOption::valueAfter(arg, "--timeout=")) != nullptr) {
             if (!readNumber(value, 1, kMaxTimeoutMs, number)) {
-                return std::string("--timeout=") + value +
-                       " is not a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) +
-                       ")";
+                return std::string("--timeout=") + value + " is not " + msRange();
             }
             timeoutMs = static_cast<int>(number);
             lineTuned = true;
-        } else if ((value = VekOption::valueAfter(arg, "--script=")) != nullptr) {
-            script = value;
-        } else if ((value = VekOption::valueAfter(arg, "--launch=")) != nullptr) {
-            launch = value;
-        } else if ((value = VekOption::valueAfter(arg, "--log=")) != nullptr) {
-            log = value;
-        } else if ((value = VekOption::valueAfter(arg, "--output=")) != nullptr) {
-            output = value;
-        } else if ((value = VekOption::valueAfter(arg, "--listen=")) != nullptr) {
-            listen = value;
-        } else if ((value = VekOption::valueAfter(arg, "--token-file=")) != nullptr) {
-            tokenFile = value;
-        } else if ((value = VekOption::valueAfter(arg, "--connect=")) != nullptr) {
-            connect = value;
-        } else if ((value = VekOption::valueAfter(arg, "--queue=")) != nullptr) {
-            if (!readNumber(value, 1, 100000, queue)) {
-                return std::string("--queue=") + value + " is not a number of requests (1 to 100000)";
-            }
-        } else if ((value = VekOption::valueAfter(arg, "--client-timeout=")) != nullptr) {
-            if (!readNumber(value, 1, kMaxTimeoutMs, clientTimeoutMs)) {
-                return std::string("--client-timeout=") + value +
-                       " is not a number of milliseconds (1 to " + std::to_string(kMaxTimeoutMs) +
-                       ")";
-            }
         } else if ((value = VekOption::valueAfter(arg, "--device-index=")) != nullptr) {
             if (!readNumber(value, 0, 1000000, number)) {
                 return std::string("--device-index=") + value + " is not a device index (0, 1, ...)";
