@@ -323,8 +323,24 @@ void VekPyLink::withAccess(Work&& work) {
     }
 }
 
+void VekPyLink::force(bool on) {
+    forced_ = on;
+    catalog_.setLimited(!on);
+    if (session_ != nullptr) {
+        session_->setLimited(!on);
+    }
+}
+
 VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                vekmaster::VekRawSink* raw) {
+    if (forced_) {
+        const vekmaster::VekDeviceProfile::Breach breach =
+            vekmaster::VekDeviceProfile::inUse()->check(message, args);
+        if (breach.found() &&
+            PyErr_WarnEx(PyExc_UserWarning, (breach.problem + "; sending it anyway").c_str(), 2) != 0) {
+            throw py::error_already_set();
+        }
+    }
     VekMasterReply reply;
     withAccess([&](vekmaster::VekDeviceAccess& access) {
         reply = access.request(message.feature, message.name, args, raw);

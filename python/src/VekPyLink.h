@@ -45,6 +45,9 @@ public:
     // Device number index of the server at url; token "" for none. The server's own
     // timeout bounds each answer.
     void connect(const std::string& url, int index, const std::string& token);
+    // On: values outside the device profile's ranges are sent, each with a UserWarning
+    // naming the breach. Not through a server, which checks against its own profile.
+    void force(bool on);
     // Stops a launched daemon (SIGUSR1) and closes the line: (exited with 0, how it ended).
     pybind11::tuple close();
 
@@ -93,7 +96,8 @@ private:
     std::unique_ptr<vekserve::VekHttpClient> client_;
     std::unique_ptr<vekmaster::VekDeviceAccess> access_;
     vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
-    const vekmaster::VekMessageCatalog catalog_{scratch_};
+    vekmaster::VekMessageCatalog catalog_{scratch_};
+    bool forced_ = false;
     const vekmaster::VekSettingsTable table_{catalog_};
     std::string device_;
 };

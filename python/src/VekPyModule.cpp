@@ -4,6 +4,11 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "VekDeviceProfile.h"
 #include "VekPyFailure.h"
 #include "VekPyJson.h"
 #include "VekPyLink.h"
@@ -102,6 +107,20 @@ PYBIND11_MODULE(_vektuner, m) {
     m.def("settings", &settings);
     m.attr("channels") = VekSettingsTable::channels();
     m.attr("max_bands") = VekSettingsTable::kMaxBands;
+    m.def("use_profile", [](const std::optional<std::string>& path) {
+        if (!path) {
+            VekDeviceProfile::use(nullptr);
+            return VekDeviceProfile::builtIn().name();
+        }
+        auto profile = std::make_shared<VekDeviceProfile>();
+        const std::string problem = profile->load(*path);
+        if (!problem.empty()) {
+            throw py::value_error(problem);
+        }
+        const std::string name = profile->name();
+        VekDeviceProfile::use(std::move(profile));
+        return name;
+    });
     m.def("check", [](py::handle document) {
         return VekTuningDocument::check(shared().table,
                                         VekPyJson::toJson(document, "the document"));
@@ -122,6 +141,7 @@ PYBIND11_MODULE(_vektuner, m) {
         .def("launch", &VekPyLink::launch)
         .def("connect", &VekPyLink::connect)
         .def("close", &VekPyLink::close)
+        .def("force", &VekPyLink::force)
         .def("request", &VekPyLink::request)
         .def("read", &VekPyLink::read)
         .def("write", &VekPyLink::write)

@@ -1,5 +1,6 @@
 """Link, request() and the typed helpers against a launched daemon."""
 
+import json
 import os
 import re
 import stat
@@ -88,6 +89,47 @@ def test_a_helper_called_with_the_wrong_arguments_is_a_type_error(shared_link):
         shared_link.eqv2.set_band("CF")
     with pytest.raises(TypeError, match="unexpected keyword argument 'value7'"):
         shared_link.eqv2.set_band("CF", 1, value7=1)
+
+
+def test_the_profile_in_use_decides_what_is_refused(shared_link, tmp_path):
+    profile = tmp_path / "quiet.json"
+    profile.write_text(json.dumps({"name": "quiet", "band": {
+        "type": 0, "frequency": 1, "gain": 2, "q": 3, "types": {"2": "peaking"}}, "limits": [
+        {"feature": "Gain", "message": "SetMaster", "field": "masterGain", "min": -80, "max": -20,
+         "unit": "dB"}]}))
+    try:
+        assert vektuner.use_profile(profile) == "quiet"
+        with pytest.raises(ValueError, match=re.escape(
+                "Gain SetMaster masterGain -10 is outside -80 to -20 dB (profile quiet)")):
+            shared_link.gain.master = -10
+        shared_link.gain.master = -70
+        assert shared_link.gain.master == -70
+        # A file that is no profile leaves the one in use.
+        (tmp_path / "bad.json").write_text('{"name": "bad", "limits": [{"feature": "Gain"}]}')
+        with pytest.raises(ValueError, match="bad.json"):
+            vektuner.use_profile(tmp_path / "bad.json")
+        with pytest.raises(FileNotFoundError):
+            vektuner.use_profile(tmp_path / "none.json")
+        with pytest.raises(ValueError, match=re.escape("(profile quiet)")):
+            shared_link.request("Gain", "SetMaster", 0)
+    finally:
+        assert vektuner.use_profile(None) == "default"
+    shared_link.gain.master = -10
+    assert shared_link.gain.master == -10
+
+
+def test_force_sends_a_value_out_of_range_and_warns(launched):
+    link = launched(force=True)
+    with pytest.warns(UserWarning, match=re.escape(
+            "Gain SetMaster masterGain 20 is outside -60 to 12 dB (profile default); "
+            "sending it anyway")):
+        link.gain.master = 20
+    assert received(link)[-1].endswith(":Gain:SetMasterRequest:0:OK:<20>:")
+    with pytest.warns(UserWarning, match="masterGain 30 is outside"):
+        assert link.request("Gain", "SetMaster", 30).ok
+    # Documents are checked whatever force says.
+    with pytest.raises(ValueError, match="Gain.master: Gain SetMaster masterGain 13"):
+        link.apply({"format": "vek-tuning/1", "settings": {"Gain": {"master": 13}}})
 
 
 def _key(setting):

@@ -52,6 +52,8 @@ def test_a_served_device_answers_as_a_line_of_our_own(server, cabled_daemon):
 def test_what_the_server_refuses_raises_before_anything_is_sent(server):
     with pytest.raises(ValueError, match="url"):
         vektuner.Link(url="ftp://127.0.0.1:1")
+    with pytest.raises(ValueError, match="^force does not go with url"):
+        vektuner.Link(url=server, force=True)
     with vektuner.Link(url=server, device_index=3) as link:
         with pytest.raises(ValueError, match="device"):
             link.request("Gain", "GetMaster")

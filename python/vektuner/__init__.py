@@ -13,13 +13,13 @@ apply() and diff() work with vek_master's tuning documents."""
 from ._config import VERSION as __version__
 from ._errors import NG, DaemonError, Error, LineError, Timeout
 from ._helpers import CHANNELS, FEATURES, STRUCTURES
-from ._link import Difference, Link, Traffic, default_daemon, diff, launch
+from ._link import Difference, Link, Traffic, default_daemon, diff, launch, use_profile
 from ._response import Response
 from ._vektuner import max_bands as MAX_BANDS
 
 globals().update(FEATURES)
 globals().update(STRUCTURES)
 
-__all__ = ["Link", "launch", "diff", "default_daemon", "Response", "Difference", "Traffic",
+__all__ = ["Link", "launch", "diff", "use_profile", "default_daemon", "Response", "Difference", "Traffic",
            "Error", "Timeout", "LineError", "DaemonError", "NG", "CHANNELS", "MAX_BANDS",
            *FEATURES, *STRUCTURES]

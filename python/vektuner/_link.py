@@ -64,33 +64,42 @@ class Link:
     latest byte while a long one arrives.
 
     The features' typed helpers are attributes: link.common, link.gain, link.reverb,
-    link.eq, link.eqv2, link.hfe, link.vb, link.speaker."""
+    link.eq, link.eqv2, link.hfe, link.vb, link.speaker.
+
+    Every value sent is checked against the device profile in use (use_profile()) first:
+    one outside its range raises ValueError naming it and the range, and nothing is
+    sent; force=True sends it anyway, with a UserWarning that says so (not with url:
+    the server checks against its own profile). A document's values are always checked."""
 
     def __init__(self, device="/dev/ttyUSB0", baud_rate=115200, timeout=3.0, *, url=None,
-                 device_index=0, token=None):
+                 device_index=0, token=None, force=False):
         # Everything goes through the native session: a line of our own, or a device
         # that a running `vek_master serve` owns (url), which then sets the line's speed
         # and answers within its own --timeout.
+        if url is not None and force:
+            raise ValueError("force does not go with url: the server checks every value "
+                             "against its own profile")
         self._session = _vektuner.Session()
         if url is None:
             self._session.open(os.fspath(device), baud_rate, _milliseconds(timeout))
         else:
             self._session.connect(url, device_index, token or "")
-        self._start()
+        self._start(force)
 
-    def _start(self):
+    def _start(self, force):
+        self._session.force(bool(force))
         self.daemon_log = None
         self._closed = False
         for feature, helpers in FEATURES.items():
             setattr(self, feature.lower(), helpers(self))
 
     @classmethod
-    def _launched(cls, daemon_path, args, environment, log, timeout):
+    def _launched(cls, daemon_path, args, environment, log, timeout, force):
         link = cls.__new__(cls)
         link._session = _vektuner.Session()
         used = link._session.launch(daemon_path, list(args), log or "", environment,
                                     _milliseconds(timeout))
-        link._start()
+        link._start(force)
         link.daemon_log = used
         return link
 
@@ -188,7 +197,7 @@ def default_daemon():
     return _config.INSTALLED_DAEMON
 
 
-def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None) -> Link:
+def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=False) -> Link:
     """Starts vek_tuner on a pseudo-terminal with the simulated audio platform and gives
     a Link to it; use it as a context manager (closing it stops the daemon with SIGUSR1
     and raises DaemonError if it did not end with status 0).
@@ -196,14 +205,28 @@ def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None) -> Link:
     daemon_path: the daemon (default: default_daemon()); args: its options, as
     ("--reverb", "--eqMode=1"); sim: AUDIO_SETTING_SIM items for the simulator, a string
     ("absent=vb;fail=getBypass:-5") or a sequence of items; log: the file its output is
-    appended to (default: a new $TMPDIR/vek_tuner-XXXXXX.log, in link.daemon_log)."""
+    appended to (default: a new $TMPDIR/vek_tuner-XXXXXX.log, in link.daemon_log); force:
+    as for Link."""
     environment = []
     if sim is not None:
         items = sim if isinstance(sim, str) else ";".join(sim)
         environment.append("AUDIO_SETTING_SIM=" + items)
     path = os.fspath(daemon_path) if daemon_path is not None else default_daemon()
     return Link._launched(path, args, environment, None if log is None else os.fspath(log),
-                          timeout)
+                          timeout, force)
+
+
+def use_profile(path=None) -> str:
+    """Makes the device profile in the JSON file path the one every check in this
+    process uses (every link's values, and documents); None goes back to the built-in
+    profile. Returns the profile's name. Raises OSError when the file cannot be read,
+    ValueError naming the bad entry when it is not a profile; the profile in use then
+    stays. The format is vek_master's --profile=FILE (README, "Device profile and safety limits")."""
+    if path is not None:
+        path = os.fspath(path)
+        with open(path, encoding="utf-8"):
+            pass
+    return _vektuner.use_profile(path)
 
 
 def diff(a, b) -> list:
