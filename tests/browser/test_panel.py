@@ -88,6 +88,10 @@ def test_every_control_has_a_name_and_the_tabs_work_from_the_keyboard(browser):
     tab.send_keys(Keys.ARROW_RIGHT)
     assert browser.driver.switch_to.active_element.get_attribute("id") == "tab-equaliser"
     assert browser.driver.find_element(By.ID, "page-equaliser").is_displayed()
+    browser.driver.switch_to.active_element.send_keys(Keys.END)
+    assert browser.driver.switch_to.active_element.get_attribute("id") == "tab-traffic"
+    browser.driver.switch_to.active_element.send_keys(Keys.HOME)
+    assert browser.driver.switch_to.active_element.get_attribute("id") == "tab-devices"
 
 
 # Moves a slider as a drag does, one input event per value, and reports when the last
@@ -169,6 +173,11 @@ def drawn(driver):
         "return total ? total.getAttribute('d') : null")
 
 
+def caption(driver):
+    return driver.execute_script(
+        "const c = document.querySelector('.curve + p'); return c ? c.textContent : ''")
+
+
 def test_editing_a_band_redraws_the_curve(rig, browser):
     browser.open()
     browser.tab("equaliser")
@@ -176,10 +185,20 @@ def test_editing_a_band_redraws_the_curve(rig, browser):
     assert len(browser.driver.find_elements(By.CSS_SELECTOR, ".curve path.band")) == 10
     before = drawn(browser.driver)
     gain = browser.field("LF band 3 Gain (dB) · value3")
-    set_field(gain, "9")
+    # Typed but not yet entered: the curve it would give is previewed, nothing is sent.
+    sent = len(rig.received(0, r"SetBandConfigRequest"))
+    gain.send_keys(Keys.CONTROL, "a")
+    gain.send_keys("9")
+    browser.wait(lambda d: caption(d).startswith("LF preview, not sent: 10 bands"))
+    previewed = drawn(browser.driver)
+    assert previewed != before
+    assert len(rig.received(0, r"SetBandConfigRequest")) == sent
+    gain.send_keys(Keys.ENTER)
     browser.wait(lambda d: rig.received(0, r"EqV2:SetBandConfigRequest:0:OK:<LF:3:"))
     assert rig.received(0, r"SetBandConfigRequest")[-1].endswith(":<LF:3:2:250:9:0.707:0:1>:")
-    browser.wait(lambda d: drawn(d) != before)
+    # The device's curve after the read-back is the one previewed.
+    browser.wait(lambda d: caption(d).startswith("LF: 10 bands"))
+    assert drawn(browser.driver) == previewed
     # A cut lower up: the sum shows both, each band faint behind it.
     before = drawn(browser.driver)
     set_field(browser.field("LF band 7 Gain (dB) · value3"), "-6")

@@ -40,7 +40,9 @@ export function formatNumber(value) {
 
 // A number input; onEdit(value) returns "" or why the value is refused.
 export class NumberField {
-  constructor({ label, range, step = 'any', onEdit, narrow = false, errorTarget = null }) {
+  // onInput, when given, hears every valid value while it is typed, before it is edited.
+  constructor({ label, range, step = 'any', onEdit, onInput = null, narrow = false,
+                errorTarget = null }) {
     this.label = label;
     this.onEdit = onEdit;
     this.errorTarget = errorTarget;
@@ -49,7 +51,12 @@ export class NumberField {
       min: range ? range.min : null, max: range ? range.max : null,
     });
     this.dirty = false;
-    this.input.addEventListener('input', () => { this.dirty = true; });
+    this.input.addEventListener('input', () => {
+      this.dirty = true;
+      if (onInput && this.input.value !== '' && this.input.validity.valid) {
+        onInput(Number(this.input.value));
+      }
+    });
     this.input.addEventListener('change', () => {
       this.dirty = false;
       this.edit(this.input.value);

@@ -8,6 +8,7 @@ const BAND_TYPES = ['int', 'int', 'float', 'float', 'int', 'int'];
 
 // On/off, band counts, the selected channel's band table and its response curve, which
 // the server computes from the device's bands and is fetched again after every edit.
+// While a band value is typed, the curve it would give is previewed (nothing is sent).
 export function equaliserPage(panel) {
   let feature;
   let counts;
@@ -17,6 +18,9 @@ export function equaliserPage(panel) {
   let plot;
   let curveBusy = false;
   let curveAgain = false;
+  let curveEpoch = 0;
+  let previewBusy = false;
+  let previewNext = null;
   let loading = false;
   const page = {
     id: 'equaliser', title: 'Equaliser', perDevice: true, needs: ['EqV2', 'Eq'], channel: 'LF',
@@ -113,6 +117,7 @@ export function equaliserPage(panel) {
         const control = types && i === panel.limits.band.type
           ? new CodeSelect({ label, names: types, onEdit, errorTarget: error })
           : new NumberField({ label, narrow: true, errorTarget: error, onEdit,
+            onInput: (value) => preview(b, i, value),
             step: BAND_TYPES[i] === 'int' ? 1 : 'any',
             range: panel.limits.range(feature, 'SetBandConfig', name) });
         setting.bind(name, 0, control);
@@ -126,7 +131,31 @@ export function equaliserPage(panel) {
     loading = false;
   }
 
+  // The curve of the table with one value replaced, from the server's curve route; not
+  // drawn when the device's curve was asked for meanwhile (an edit was committed).
+  async function preview(b, i, value) {
+    if (bands.some((s) => !s.values)) {
+      return;
+    }
+    previewNext = bands.map((s, k) => BAND_FIELDS.map((name, j) => (k === b && j === i ? value : s.values[name][0])));
+    if (previewBusy) {
+      return;
+    }
+    previewBusy = true;
+    while (previewNext) {
+      const list = previewNext;
+      previewNext = null;
+      const epoch = curveEpoch;
+      const answer = await panel.api.post('/api/curve', { bands: list, points: 256 });
+      if (!failure(answer) && epoch === curveEpoch) {
+        plot.draw({ ...answer.body, channel: `${page.channel} preview, not sent` });
+      }
+    }
+    previewBusy = false;
+  }
+
   async function refreshCurve() {
+    curveEpoch += 1;
     if (curveBusy) {
       curveAgain = true;
       return;

@@ -54,9 +54,9 @@ class Panel {
     this.tabs.addEventListener('keydown', (event) => {
       const shown = this.pages.filter((page) => !page.tab.hidden);
       const at = shown.findIndex((page) => page.tab === document.activeElement);
-      const step = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
-      if (at >= 0 && step) {
-        const next = shown[(at + step + shown.length) % shown.length];
+      const to = { ArrowRight: at + 1, ArrowLeft: at - 1, Home: 0, End: shown.length - 1 }[event.key];
+      if (at >= 0 && to !== undefined) {
+        const next = shown[(to + shown.length) % shown.length];
         this.show(next);
         next.tab.focus();
         event.preventDefault();
