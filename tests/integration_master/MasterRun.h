@@ -10,6 +10,10 @@
 // collects its exit status and everything it printed.
 class MasterRun {
 public:
+    // The last line of every refusal of the command line.
+    static constexpr const char* kTryHelp =
+        "Try 'vek_master --help' for the options, the messages and their arguments.\n";
+
     struct Result {
         int status = -1;  // exit status; -1 when it had to be killed
         std::string out;

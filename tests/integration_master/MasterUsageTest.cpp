@@ -7,9 +7,6 @@
 
 namespace {
 
-const std::string kTryHelp =
-    "Try 'vek_master --help' for the options, the messages and their arguments.\n";
-
 struct BadUsage {
     std::vector<std::string> args;
     std::string complaint;
@@ -70,7 +67,7 @@ TEST(MasterUsageTest, BadUsageIsRefusedWithWhatWasExpected) {
         const MasterRun::Result r = MasterRun::run(c.args);
         EXPECT_EQ(r.status, 64) << c.complaint;
         EXPECT_EQ(r.out, "");
-        EXPECT_EQ(r.err, "vek_master: " + c.complaint + '\n' + kTryHelp);
+        EXPECT_EQ(r.err, "vek_master: " + c.complaint + '\n' + MasterRun::kTryHelp);
     }
 }
 
@@ -92,7 +89,7 @@ TEST(MasterUsageTest, EveryBadScriptLineIsNamedAndNothingIsSent) {
                   script.path() +
                   ":4: a script line takes no option but --output=FILE, --dry-run, --bypass, "
                   "--svg=FILE, --csv and --document=FILE, not --json\n" +
-                  kTryHelp);
+                  MasterRun::kTryHelp);
 }
 
 TEST(MasterUsageTest, HelpListsEveryMessageWithItsArguments) {

@@ -8,9 +8,6 @@
 
 namespace {
 
-const char* const kTryHelp =
-    "Try 'vek_master --help' for the options, the messages and their arguments.\n";
-
 using SafetyLimitTest = LaunchTest;
 
 // An out-of-range value never reaches the line: not alone, not as one line of a script.
@@ -18,9 +15,10 @@ TEST_F(SafetyLimitTest, AValueOutsideTheProfileIsRefusedUnlessForced) {
     const MasterRun::Result refused = launch({"Gain", "SetMaster", "60"});
     EXPECT_EQ(refused.status, 64);
     EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(refused.err,
-              "vek_master: Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)\n" +
-                  std::string(kTryHelp));
+    EXPECT_EQ(
+        refused.err,
+        "vek_master: Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)\n" +
+            std::string(MasterRun::kTryHelp));
     EXPECT_EQ(log.read().find("SetMasterRequest"), std::string::npos);
 
     MasterRun::TempFile script("Gain SetMaster -6\nSpeaker SetDelay 0 0 0 0 0 -1\n");
@@ -29,15 +27,16 @@ TEST_F(SafetyLimitTest, AValueOutsideTheProfileIsRefusedUnlessForced) {
     EXPECT_EQ(inScript.err, "vek_master: " + script.path() +
                                 ":2: Speaker SetDelay delay[L1] -1 is outside 0 to 20 ms (profile "
                                 "default)\n" +
-                                kTryHelp);
+                                MasterRun::kTryHelp);
     EXPECT_EQ(log.read().find("SetMasterRequest"), std::string::npos);
 
     const MasterRun::Result forced = launch({"--force", "Gain", "SetMaster", "60"});
     EXPECT_EQ(forced.status, 0);
     EXPECT_EQ(forced.out, "OK\n");
-    EXPECT_EQ(forced.err, "vek_master: --force: Gain SetMaster masterGain 60 is outside -60 to 12 "
-                          "dB (profile default); sending it anyway\n" +
-                              stderrWith());
+    EXPECT_EQ(forced.err,
+              "vek_master: --force: Gain SetMaster masterGain 60 is outside -60 to 12 "
+              "dB (profile default); sending it anyway\n" +
+                  stderrWith());
     EXPECT_NE(log.read().find("Gain:SetMasterRequest:0:OK:<60>:"), std::string::npos);
 }
 
@@ -69,13 +68,14 @@ TEST_F(SafetyLimitTest, AProfileFileReplacesTheRangesAndABadOneIsNamed) {
 // The curve of a band set on the device, drawn; and of a document, without a device.
 TEST_F(SafetyLimitTest, CurvesComeFromTheDeviceOrADocument) {
     MasterRun::TempFile picture;
-    MasterRun::TempFile script("EqV2 SetBandConfig CF 3 2 1000 6 1 0 1\ncurve CF --svg=" +
-                               picture.path() + "\n");
+    MasterRun::TempFile script(
+        "EqV2 SetBandConfig CF 3 2 1000 6 1 0 1\ncurve CF --svg=" + picture.path() + "\n");
     const MasterRun::Result drawn = launch({"--script=" + script.path()});
     EXPECT_EQ(drawn.status, 0) << drawn.err;
     // Its lowest and highest points: the peak is on the grid point nearest 1 kHz.
-    const std::string head = "> EqV2 SetBandConfig CF 3 2 1000 6 1 0 1\nOK\n> curve CF --svg=" +
-                             picture.path() + "\nEqV2 CF, 10 bands (profile default): ";
+    const std::string head =
+        "> EqV2 SetBandConfig CF 3 2 1000 6 1 0 1\nOK\n> curve CF --svg=" + picture.path() +
+        "\nEqV2 CF, 10 bands (profile default): ";
     EXPECT_EQ(drawn.out.rfind(head, 0), 0u) << drawn.out;
     const std::string tail = " to 5.997 dB at 989 Hz; written to " + picture.path() + "\n";
     EXPECT_EQ(drawn.out.substr(drawn.out.size() - std::min(tail.size(), drawn.out.size())), tail);
@@ -87,8 +87,8 @@ TEST_F(SafetyLimitTest, CurvesComeFromTheDeviceOrADocument) {
 
     MasterRun::TempFile document(R"({"format": "vek-tuning/1", "settings": {"Eq": {"band": {"LF": [
         {"value1": 4, "value2": 1000, "value3": 0, "value4": 0.7071, "value5": 0, "value6": 1}]}}}})");
-    const MasterRun::Result csv = MasterRun::run(
-        {"curve", "LF", "--document=" + document.path(), "--csv", "--points=16"});
+    const MasterRun::Result csv =
+        MasterRun::run({"curve", "LF", "--document=" + document.path(), "--csv", "--points=16"});
     EXPECT_EQ(csv.status, 0) << csv.err;
     EXPECT_EQ(csv.err, "");
     EXPECT_EQ(csv.out.rfind("frequency,total,band0\n20.00,0.000,0.000\n", 0), 0u) << csv.out;

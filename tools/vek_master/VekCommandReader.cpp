@@ -8,8 +8,6 @@ namespace {
 
 using Verb = VekMasterCommand::Verb;
 
-const char* const kDevice = "device";
-
 }  // namespace
 
 bool VekCommandReader::isVerb(const std::string& word) {
@@ -38,7 +36,8 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         }
         command.paths[0] = words[1];
         command.paths[1] = words[2];
-        if (command.paths[0] == kDevice && command.paths[1] == kDevice) {
+        if (command.paths[0] == VekMasterCommand::kDevice &&
+            command.paths[1] == VekMasterCommand::kDevice) {
             return "diff compares the device with a document, or two documents";
         }
     } else if (verb == "curve") {

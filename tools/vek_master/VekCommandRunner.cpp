@@ -21,8 +21,6 @@ namespace {
 using Json = VekCommandRunner::Json;
 using Verb = VekMasterCommand::Verb;
 
-const char* const kDevice = "device";
-
 std::string plural(size_t n, const char* one, const char* many) {
     return std::to_string(n) + ' ' + (n == 1 ? one : many);
 }
@@ -201,7 +199,7 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
 
 bool VekCommandRunner::side(const std::string& path, const Json* other, Json& settings,
                             VekCommandResult& result) {
-    if (path != kDevice) {
+    if (path != VekMasterCommand::kDevice) {
         Json document;
         if (!load(table_, path, document, result)) {
             return false;
@@ -221,7 +219,7 @@ bool VekCommandRunner::side(const std::string& path, const Json* other, Json& se
 VekCommandResult VekCommandRunner::diff(const VekMasterCommand& command) {
     VekCommandResult result;
     // The documents first, so that the device is read for what they hold.
-    const bool deviceFirst = command.paths[0] == kDevice;
+    const bool deviceFirst = command.paths[0] == VekMasterCommand::kDevice;
     Json sides[2];
     const int document = deviceFirst ? 1 : 0;
     if (!side(command.paths[document], nullptr, sides[document], result) ||

@@ -10,13 +10,15 @@ namespace vekmaster {
 // A checked command, ready to run on a session: one message, or a tuning verb.
 struct VekMasterCommand {
     enum class Verb { Message, Snapshot, Apply, Diff, Curve };
+    // The operand of diff that stands for the device itself.
+    static constexpr const char* kDevice = "device";
 
     Verb verb = Verb::Message;
     std::string feature;  // Message: "Gain" "SetChannel" and its ARGs
     std::string name;
     vekprotocol::VekFields args;
     std::string output;    // --output=FILE: the raw data, or the snapshot's document
-    std::string paths[2];  // Apply: the document; Diff: A and B ("device" for the device)
+    std::string paths[2];  // Apply: the document; Diff: A and B (kDevice for the device)
     // Curve: the channel, and where its bands come from (a document, or "" for the device)
     std::string channel;
     std::string document;
