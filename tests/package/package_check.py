@@ -434,8 +434,14 @@ def main():
     try:
         debs = getattr(args, "debs", []) + [getattr(args, name) for name in
                                             ("deb", "tuner", "master") if hasattr(args, name)]
-        for deb in debs:
-            check(os.path.isfile(deb), f"{deb} not found: make it with cpack --preset ...")
+        missing = [deb for deb in debs if not os.path.isfile(deb)]
+        # A plain ctest after a build has no packages to check: skipped, unless the
+        # package presets ask for them (they run after cpack).
+        if missing and not os.environ.get("VEK_REQUIRE_PACKAGES"):
+            print(f"skipped: {missing[0]} is not made; cpack --preset <preset> makes it "
+                  "(cmake --workflow --preset package makes and checks them)")
+            return SKIP
+        check(not missing, f"{' '.join(missing)} not found: make it with cpack --preset ...")
         return globals()["cmd_" + args.command](args) or 0
     except Failure as failure:
         print(f"FAILED: {failure}", file=sys.stderr)
