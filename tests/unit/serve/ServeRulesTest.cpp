@@ -146,6 +146,48 @@ TEST(ServeRulesTest, AMessageBodyBecomesWireTextOfItsFieldTypes) {
     EXPECT_EQ(read("{\"feature\":").rfind("the body is not JSON: ", 0), 0u);
 }
 
+// Nesting is counted on the text, so that no body deep enough to overflow the stack of
+// the JSON library's recursion is ever parsed.
+TEST(ServeRulesTest, NestingPastTheLimitIsRefusedBeforeParsing) {
+    const auto nested = [](size_t depth, const std::string& inner = "") {
+        std::string text;
+        for (size_t i = 0; i < depth; ++i) {
+            text += i % 2 == 0 ? "[" : "{\"k\":";
+        }
+        text += inner.empty() ? "0" : inner;
+        for (size_t i = depth; i-- > 0;) {
+            text += i % 2 == 0 ? "]" : "}";
+        }
+        return text;
+    };
+    EXPECT_TRUE(VekRequestBody::shallow(nested(VekRequestBody::kMaxDepth)));
+    EXPECT_FALSE(VekRequestBody::shallow(nested(VekRequestBody::kMaxDepth + 1)));
+    EXPECT_FALSE(VekRequestBody::shallow(std::string(VekRequestBody::kMaxDepth + 1, '[')));
+    // Brackets in strings, escaped quotes included, are text; closing ones out of turn
+    // do not lower the count below nothing.
+    EXPECT_TRUE(VekRequestBody::shallow(nested(60, "\"[[[[[[[[\\\"[[[[[[[[\"")));
+    EXPECT_FALSE(VekRequestBody::shallow(nested(60, "\"\\\\\"[[[[[[[[")));
+    EXPECT_FALSE(VekRequestBody::shallow("]]]]" + nested(VekRequestBody::kMaxDepth + 1)));
+
+    VekMasterReply reply;
+    const VekMessageCatalog catalog(reply);
+    const VekSettingsTable table(catalog);
+    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+    const std::string refused = "the body nests arrays and objects deeper than 64 levels";
+    const VekMasterMessage* message = nullptr;
+    vekprotocol::VekFields args;
+    EXPECT_EQ(VekRequestBody::message(catalog, R"({"feature":"Common","message":"Feature","args":)" + deep + "}",
+                                      message, args),
+              refused);
+    VekRequestBody::Json document;
+    EXPECT_EQ(VekRequestBody::document(table, R"({"settings":)" + deep + "}", document), refused);
+    VekRequestBody::Diff diff;
+    EXPECT_EQ(VekRequestBody::diff(table, R"({"a":)" + deep + "}", diff), refused);
+    std::vector<VekResponseCurve::Band> bands;
+    size_t points = 0;
+    EXPECT_EQ(VekRequestBody::curve(R"({"bands":)" + deep + "}", bands, points), refused);
+}
+
 TEST(ServeRulesTest, ADiffHoldsADocumentAndAtMostOneDevice) {
     VekMasterReply reply;
     const VekMessageCatalog catalog(reply);
