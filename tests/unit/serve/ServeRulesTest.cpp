@@ -64,6 +64,21 @@ TEST(ServeRulesTest, WithATokenEveryRequestBringsIt) {
     EXPECT_EQ(guard.check(from("localhost", "", "Basic 0123456789abcdef"), why), 401);
     EXPECT_EQ(guard.check(from("localhost"), why), 401);
     EXPECT_EQ(why, "this server needs a token: Authorization: Bearer TOKEN");
+    // The panel's files: no token, but the Host and Origin checks all the same.
+    EXPECT_EQ(guard.check(from("localhost"), why, false), 0);
+    EXPECT_EQ(guard.check(from("evil.example"), why, false), 403);
+    EXPECT_EQ(guard.check(from("localhost", "http://evil.example"), why, false), 403);
+}
+
+TEST(ServeRulesTest, RequestIdsAreShortPlainNames) {
+    const std::string good[] = {"", "7", "panel-x1y2z3-12", "a.b_c:d-E", std::string(64, 'i')};
+    for (const std::string& id : good) {
+        EXPECT_TRUE(VekHttpRequest::validId(id)) << id;
+    }
+    const std::string bad[] = {"a b", "a\"b", "a\r\nX: y", "\xc3\xa9", std::string(65, 'i')};
+    for (const std::string& id : bad) {
+        EXPECT_FALSE(VekHttpRequest::validId(id)) << id;
+    }
 }
 
 TEST(ServeRulesTest, ListenAddressesAndTheirReach) {
