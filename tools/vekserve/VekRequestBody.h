@@ -17,7 +17,7 @@ class VekRequestBody {
 public:
     using Json = vekmaster::VekValueJson::Json;
 
-    // Arrays and objects within each other, at most: a tuning document needs five. The
+    // Arrays and objects within each other, at most: a tuning document needs six. The
     // JSON library writes and copies a value by recursion, one call per level, so a body
     // nested tens of thousands deep would end the server on a stack overflow.
     static constexpr size_t kMaxDepth = 64;
