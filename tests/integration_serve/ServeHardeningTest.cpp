@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "CabledDaemon.h"
+#include "EventsClient.h"
 #include "MasterRun.h"
 #include "ServeRig.h"
 
@@ -274,6 +275,7 @@ TEST(ServeHardeningTest, AClientThatKeepsSendingARefusedBodyIsCutOff) {
     EXPECT_EQ(status(answer), 413) << answer;
     EXPECT_NE(answer.find("Connection: close\r\n"), std::string::npos) << answer;
     EXPECT_LT(sent, kGiveUp);
+    std::printf("sent before the connection ended: %zu bytes\n", sent.load());
     EXPECT_EQ(serve.call("GET", "/api/devices").status, 200);
 }
 
@@ -298,6 +300,25 @@ TEST(ServeHardeningTest, ClientsPastTheLimitAreTurnedAwayAndTheOthersServed) {
         std::this_thread::sleep_for(50ms);
     }
     EXPECT_EQ(again, 200);
+    // Subscribers count too: they stay for as long as they like. (The connections
+    // closed above may take the server a moment to end.)
+    const auto subscribe = [&serve] {
+        for (int tries = 0; tries < 40; ++tries) {
+            auto subscriber = std::make_unique<EventsClient>(serve.port());
+            if (subscriber->open()) {
+                return subscriber;
+            }
+            std::this_thread::sleep_for(50ms);
+        }
+        return std::unique_ptr<EventsClient>();
+    };
+    std::vector<std::unique_ptr<EventsClient>> subscribers;
+    for (int i = 0; i < 8; ++i) {
+        subscribers.push_back(subscribe());
+        ASSERT_TRUE(subscribers.back()) << i;
+    }
+    EXPECT_EQ(serve.call("GET", "/api/devices").status, 503);
+    EXPECT_FALSE(EventsClient(serve.port()).open());
 }
 
 TEST(ServeHardeningTest, OutOfDescriptorsTheServerWaitsAndServesItsClients) {

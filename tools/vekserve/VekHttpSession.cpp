@@ -127,7 +127,7 @@ void VekHttpSession::handle() {
     keepAlive_ = message.keep_alive();
     busy_ = true;
 
-    // Which of two headers counts differs between a proxy and us: neither does.
+    // A proxy in front and this server could each take a different one of two: take none.
     for (const http::field field : {http::field::host, http::field::origin}) {
         if (message.count(field) > 1) {
             const std::string name(http::to_string(field));
