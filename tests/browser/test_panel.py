@@ -10,7 +10,7 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select
 
-from conftest import viewport
+from conftest import TUNER, CabledDaemon, Page, Server, chromium, viewport
 
 PAGES = ["devices", "common", "gain", "equaliser", "hfe", "vb", "reverb", "speaker", "tuning",
          "traffic"]
@@ -306,3 +306,38 @@ def test_a_lost_line_greys_the_controls_and_a_new_greeting_brings_the_values_bac
     assert not browser.driver.find_element(By.CSS_SELECTOR, "#page-gain fieldset").get_attribute("disabled")
     # A restarted simulator starts from its tuned state again.
     assert browser.field("Master gain (dB)").get_attribute("value") == "-12"
+
+
+def test_a_server_with_a_token_asks_for_it_then_shows_the_devices(tmp_path):
+    token = "a-token-for-the-browser-test"
+    (tmp_path / "token").write_text(token + "\n")
+    daemon = CabledDaemon(TUNER, [], str(tmp_path / "daemon.log"))
+    server = Server([daemon.path], str(tmp_path / "serve.log"), token, str(tmp_path / "token"))
+    driver = chromium()
+    try:
+        assert server.await_state(0, "connected"), open(server.log).read()
+        page = Page(driver, server.url)
+        driver.get(server.url + "/#devices")
+        box = driver.find_element(By.ID, "token-box")
+        page.wait(lambda d: box.is_displayed())
+        assert driver.title == "vek_tuner panel"
+        assert "needs a token" in driver.find_element(By.ID, "banner").text
+        assert not driver.find_elements(By.CSS_SELECTOR, "#device-table tbody tr")
+        page.shot("token-asked-1280x800")
+        field = driver.find_element(By.ID, "token")
+        field.send_keys(token)
+        field.send_keys(Keys.ENTER)
+        page.wait(lambda d: d.execute_script("return document.body.dataset.loads") is not None)
+        rows = driver.find_elements(By.CSS_SELECTOR, "#device-table tbody tr")
+        assert len(rows) == 1 and daemon.path in rows[0].text
+        assert not driver.find_element(By.ID, "token-box").is_displayed()
+        # The tab keeps it; the page is never given it in its address.
+        assert driver.execute_script("return sessionStorage.getItem('vek-token')") == token
+        assert token not in driver.current_url
+        driver.refresh()
+        page.wait(lambda d: d.execute_script("return document.body.dataset.loads") is not None)
+        assert len(driver.find_elements(By.CSS_SELECTOR, "#device-table tbody tr")) == 1
+    finally:
+        driver.quit()
+        server.close()
+        assert daemon.close() == 0

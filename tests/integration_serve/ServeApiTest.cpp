@@ -162,6 +162,9 @@ TEST(ServeApiTest, ASubscriberSeesEveryLineAndEveryRequestOfAnotherClient) {
     EXPECT_EQ(seen[0]["path"], first.path());
     const std::regex time(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)");
     const std::regex client(R"(127\.0\.0\.1:\d+)");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(std::regex_match(seen[i].value("time", ""), time)) << seen[i];
+    }
     const Json& request = seen[2];
     EXPECT_EQ(request["type"], "request");
     EXPECT_EQ(request["device"], 1);
@@ -173,6 +176,19 @@ TEST(ServeApiTest, ASubscriberSeesEveryLineAndEveryRequestOfAnotherClient) {
     EXPECT_EQ(response["client"], request["client"]);
     EXPECT_EQ(response["reply"]["message"], "SetMasterResponse");
     EXPECT_EQ(response["reply"]["status"], "OK");
+    // Both name the HTTP request that caused them: one the server named, or the
+    // client's own name for it.
+    EXPECT_TRUE(std::regex_match(request.value("requestId", ""), std::regex(R"(\d+)"))) << request;
+    EXPECT_EQ(response["requestId"], request["requestId"]);
+    EXPECT_EQ(serve.call("POST", "/api/devices/0/request", message("Gain", "GetMaster"),
+                         {{"Vek-Request-Id", "tab-1:7"}})
+                  .status,
+              200);
+    ASSERT_TRUE(events.await("\"type\":\"response\"", 2));
+    const std::vector<Json> more = parsed(events.messages());
+    ASSERT_EQ(more.size(), 6u);
+    EXPECT_EQ(more[4]["requestId"], "tab-1:7");
+    EXPECT_EQ(more[5]["requestId"], "tab-1:7");
 }
 
 TEST(ServeApiTest, AStoppedDaemonMarksItsLineLostUntilItGreetsAgain) {

@@ -32,6 +32,7 @@ public:
     // Listening, and every line connected.
     bool ready() const { return ready_; }
     uint16_t port() const { return port_; }
+    pid_t pid() const { return pid_; }
     std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
     std::string output() const { return log_.read(); }
     // Waits until /api/devices shows line index in state; true when it does.

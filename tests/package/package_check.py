@@ -22,6 +22,7 @@ TUNER_FILES = [
     "/lib/systemd/system/vek_tuner@.service",
     "/lib/udev/rules.d/70-vek-tuner.rules",
     "/etc/default/vek_tuner",
+    "/usr/share/doc/vek-tuner/examples/vek_tuner-platform.conf",
 ]
 MASTER_FILES = ["/usr/bin/vek_master"]
 # ELF e_machine of each Debian architecture we build for.
@@ -233,20 +234,45 @@ def cmd_python(args):
 # --- systemd unit, udev rule, maintainer scripts --------------------------------------
 
 
+# The unit's sandbox, as systemd-analyze security scores it (0 safe to 10 exposed).
+EXPOSURE_LIMIT = 3.0
+
+
+def verify_instances(root, what):
+    for instance in ("ttyUSB0", "ttyS1"):
+        unit = f"vek_tuner@{instance}.service"
+        result = run(["systemd-analyze", "verify", f"--root={root}", unit])
+        out = (result.stdout + result.stderr).strip()
+        print(f"{unit}{what}: status {result.returncode}{', ' + out if out else ''}")
+        check(result.returncode == 0 and not out, f"{unit}{what} does not verify")
+
+
 def cmd_unit(args):
-    """systemd-analyze verify on an instance, with the extracted tree as root. The
-    machine's own units are copied in first so that the instance's default
-    dependencies (sysinit.target and the like) resolve; the package's files win."""
+    """systemd-analyze verify on an instance, with the extracted tree as root, alone and
+    with every line of the example drop-in taken; and its exposure score. The machine's
+    own units are copied in first so that the instance's default dependencies
+    (sysinit.target and the like) resolve; the package's files win."""
     with tempfile.TemporaryDirectory() as scratch:
         root = os.path.join(scratch, "root")
         shutil.copytree("/lib/systemd/system", root + "/lib/systemd/system", symlinks=True)
         extract(args.deb, root)
-        for instance in ("ttyUSB0", "ttyS1"):
-            unit = f"vek_tuner@{instance}.service"
-            result = run(["systemd-analyze", "verify", f"--root={root}", unit])
-            out = (result.stdout + result.stderr).strip()
-            print(f"{unit}: status {result.returncode}{', ' + out if out else ''}")
-            check(result.returncode == 0 and not out, f"{unit} does not verify")
+        verify_instances(root, "")
+        result = run(["systemd-analyze", "security", "--offline=true", f"--root={root}",
+                      "--no-pager", "vek_tuner@ttyUSB0.service"])
+        score = re.search(r"Overall exposure level for \S+: ([0-9.]+)", result.stdout)
+        if score is None:
+            print(f"no exposure score (systemd-analyze security --offline needs systemd 252): "
+                  f"{(result.stdout + result.stderr).strip()[-200:]}")
+        else:
+            print(f"exposure {score.group(1)} (at most {EXPOSURE_LIMIT})")
+            check(float(score.group(1)) <= EXPOSURE_LIMIT,
+                  f"the unit's exposure is {score.group(1)}, over {EXPOSURE_LIMIT}")
+        example = root + "/usr/share/doc/vek-tuner/examples/vek_tuner-platform.conf"
+        dropins = root + "/etc/systemd/system/vek_tuner@.service.d"
+        os.makedirs(dropins)
+        with open(example) as source, open(dropins + "/platform.conf", "w") as taken:
+            taken.write(re.sub(r"^#(?=[A-Z])", "", source.read(), flags=re.M))
+        verify_instances(root, " with the example drop-in")
 
 
 # A synthetic sysfs: USB devices with a tty below their first interface, as the

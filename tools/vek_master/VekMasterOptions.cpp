@@ -66,6 +66,8 @@ constexpr Number kNumbers[] = {
     {"--points=", &VekMasterOptions::points, 16, 2048, "a number of points (16 to 2048)"},
     {"--queue=", &VekMasterOptions::queue, 1, 100000, "a number of requests (1 to 100000)"},
     {"--client-timeout=", &VekMasterOptions::clientTimeoutMs, 1, kMaxTimeoutMs, nullptr},
+    {"--max-clients=", &VekMasterOptions::maxClients, 1, 100000,
+     "a number of connections (1 to 100000)"},
 };
 
 // The entry of a table whose name the argument is (flags) or starts with (valued options).
@@ -187,12 +189,12 @@ std::string VekMasterOptions::checkServing() const {
         if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
             return "serve takes --device, --devices, --baudRate, --timeout, --listen, "
-                   "--token-file, --queue, --client-timeout and --profile";
+                   "--token-file, --queue, --client-timeout, --max-clients and --profile";
         }
         return "";
     }
-    if (!listen.empty() || queue != 0 || clientTimeoutMs != 0) {
-        return "--listen, --queue and --client-timeout go with serve";
+    if (!listen.empty() || queue != 0 || clientTimeoutMs != 0 || maxClients != 0) {
+        return "--listen, --queue, --client-timeout and --max-clients go with serve";
     }
     if (connect.empty()) {
         if (!tokenFile.empty() || deviceIndex != 0) {

@@ -31,6 +31,7 @@ struct VekMasterOptions {
     std::string tokenFile;  // also for --connect
     long queue = 0;
     long clientTimeoutMs = 0;
+    long maxClients = 0;
     // --connect: the server to ask instead of a line, and which of its devices.
     std::string connect;
     int deviceIndex = 0;

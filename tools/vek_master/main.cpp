@@ -119,6 +119,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  --queue=N       requests that may wait per line (default 64; more get 503)\n"
         "  --client-timeout=MS  for a client to send a request or take an answer\n"
         "                  (default 15000)\n"
+        "  --max-clients=N  connections open at once, WebSockets included (default\n"
+        "                  256; more are answered 503 and closed)\n"
         "  --profile=FILE  the device profile: what band values mean and the range of\n"
         "                  every value (default: the built-in profile); a value outside\n"
         "                  its range is refused with status 64 and nothing is sent\n"
@@ -373,6 +375,8 @@ int serve(VekMasterOptions& options) {
     config.queueLimit = options.queue > 0 ? static_cast<size_t>(options.queue) : config.queueLimit;
     config.clientTimeoutMs =
         options.clientTimeoutMs > 0 ? static_cast<int>(options.clientTimeoutMs) : config.clientTimeoutMs;
+    config.maxClients =
+        options.maxClients > 0 ? static_cast<size_t>(options.maxClients) : config.maxClients;
     vekserve::VekStaticAssets panel;
     vekserve::VekPanelAssets::addTo(panel);
     return vekserve::VekServe(config, panel).run();

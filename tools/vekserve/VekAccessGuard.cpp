@@ -59,7 +59,7 @@ bool VekAccessGuard::ours(const std::string& authority) const {
     return loopback || name == config_.host || (wildcard && ipAddress(name));
 }
 
-int VekAccessGuard::check(const VekHttpRequest& request, std::string& why) const {
+int VekAccessGuard::check(const VekHttpRequest& request, std::string& why, bool needToken) const {
     if (!ours(request.host)) {
         why = "Host '" + request.host + "' does not name this server";
         return 403;
@@ -71,7 +71,7 @@ int VekAccessGuard::check(const VekHttpRequest& request, std::string& why) const
         why = "requests from the page at " + request.origin + " are not accepted";
         return 403;
     }
-    if (config_.token.empty()) {
+    if (config_.token.empty() || !needToken) {
         return 0;
     }
     static const std::string kBearer = "Bearer ";

@@ -117,6 +117,7 @@ VekLineWorker* VekApiRoutes::line(const ExchangePtr& exchange, const std::string
 void VekApiRoutes::submit(const ExchangePtr& exchange, VekLineWorker& line, Run run) {
     VekLineJob job;
     job.client = exchange->request().client;
+    job.requestId = exchange->request().id;
     job.run = std::move(run);
     job.refuse = [exchange](const std::string& why) {
         exchange->answer(503, VekHttpExchange::error(why));

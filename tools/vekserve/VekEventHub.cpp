@@ -21,11 +21,14 @@ std::string VekEventHub::now() {
 }
 
 uint64_t VekEventHub::subscribe(Deliver deliver) {
-    // The opening is read before the lock: it asks the lines, which publish without
-    // holding their own lock, so no order of locks can deadlock.
-    const std::vector<Json> opening = opening_ ? opening_() : std::vector<Json>();
+    // The opening is read under the lock that publishing takes, so no state event falls
+    // between it and the subscription. The lines publish without holding their own lock,
+    // so taking theirs inside this one cannot deadlock.
     std::lock_guard<std::mutex> lock(mutex_);
-    for (const Json& event : opening) {
+    const std::vector<Json> opening = opening_ ? opening_() : std::vector<Json>();
+    const std::string time = now();
+    for (Json event : opening) {
+        event["time"] = time;
         deliver(std::make_shared<const std::string>(VekValueJson::dump(event)));
     }
     const uint64_t id = next_++;
@@ -39,9 +42,10 @@ void VekEventHub::unsubscribe(uint64_t id) {
 }
 
 void VekEventHub::publish(Json event) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    // Stamped under the lock, so that the times of the events follow their order.
     event["time"] = now();
     const Text text = std::make_shared<const std::string>(VekValueJson::dump(event));
-    std::lock_guard<std::mutex> lock(mutex_);
     for (const auto& subscriber : subscribers_) {
         subscriber.second(text);
     }

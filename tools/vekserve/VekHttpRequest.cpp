@@ -56,4 +56,10 @@ void VekHttpRequest::splitTarget() {
     }
 }
 
+bool VekHttpRequest::validId(const std::string& id) {
+    return id.size() <= 64 &&
+           id.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._:-") ==
+               std::string::npos;
+}
+
 }  // namespace vekserve

@@ -17,6 +17,7 @@ struct VekHttpRequest {
     std::string origin;  // the Origin header, "" when none
     std::string authorization;
     bool upgrade = false;  // a WebSocket upgrade
+    std::string id;        // names the request in the events it causes
 
     // The query parameter, or "" when absent.
     std::string param(const std::string& name) const {
@@ -32,6 +33,9 @@ struct VekHttpRequest {
     }
     // Splits target into path and query.
     void splitTarget();
+    // A request id a client may give: "" (the server names it), or 1 to 64 of
+    // A-Z a-z 0-9 . _ : -, so that it goes into a header and an event as it is.
+    static bool validId(const std::string& id);
 };
 
 }  // namespace vekserve

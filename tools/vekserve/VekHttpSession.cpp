@@ -19,10 +19,15 @@ namespace {
 
 // Longer than any request line with its headers that a client of ours sends.
 constexpr uint32_t kHeaderLimit = 16 * 1024;
-// How long a refused client may take to read its answer before the connection ends.
+// How long a refused client may take to read its answer before the connection ends,
+// and how much more of what it sends is read meanwhile.
 constexpr auto kLinger = std::chrono::seconds(2);
+constexpr size_t kLingerBytes = 64 * 1024;
+// A client's name for its request, repeated in the answer and the events it causes.
+constexpr const char* kRequestId = "Vek-Request-Id";
 
-std::string header(const http::request<http::string_body>& request, http::field field) {
+template <typename Field>
+std::string header(const http::request<http::string_body>& request, Field field) {
     const auto found = request.find(field);
     return found != request.end() ? std::string(found->value()) : "";
 }
@@ -52,6 +57,7 @@ std::shared_ptr<VekHttpExchange> VekHttpSession::exchange() {
 }
 
 void VekHttpSession::read() {
+    request_ = VekHttpRequest();
     parser_.emplace();
     parser_->body_limit(server_.config().bodyLimit);
     parser_->header_limit(kHeaderLimit);
@@ -116,12 +122,41 @@ void VekHttpSession::handle() {
     request_.origin = header(message, http::field::origin);
     request_.authorization = header(message, http::field::authorization);
     request_.upgrade = beast::websocket::is_upgrade(message);
+    request_.id = header(message, kRequestId);
     request_.splitTarget();
     keepAlive_ = message.keep_alive();
     busy_ = true;
 
+    // A proxy in front and this server could each take a different one of two: take none.
+    for (const http::field field : {http::field::host, http::field::origin}) {
+        if (message.count(field) > 1) {
+            const std::string name(http::to_string(field));
+            refuse(400, "the request has " + std::to_string(message.count(field)) + ' ' + name +
+                            " headers; one is allowed");
+            return;
+        }
+    }
+    if (!VekHttpRequest::validId(request_.id)) {
+        answer(400, error(std::string(kRequestId) +
+                          " is 1 to 64 letters, digits and . _ : - (it names the request in "
+                          "the events)"));
+        return;
+    }
+    if (request_.id.empty()) {
+        request_.id = server_.nextRequestId();
+    }
+    VekRouteTable::Params params;
+    std::string allowed;
+    const VekRouteTable::Route* route =
+        server_.routes().match(request_.method, request_.path, params, allowed);
+    // The panel's own files hold nothing of a device: a browser gets the page that asks
+    // for the token without one. The API and the events still need it.
+    const VekStaticAssets::Asset* asset =
+        route == nullptr && allowed.empty() && !request_.upgrade && request_.method == "GET"
+            ? server_.assets().find(request_.path)
+            : nullptr;
     std::string why;
-    const int denied = server_.guard().check(request_, why);
+    const int denied = server_.guard().check(request_, why, asset == nullptr);
     if (denied != 0) {
         answer(denied, error(why),
                denied == 401 ? Headers{{"WWW-Authenticate", "Bearer"}} : Headers{});
@@ -133,16 +168,9 @@ void VekHttpSession::handle() {
         finish();
         return;
     }
-    VekRouteTable::Params params;
-    std::string allowed;
-    const VekRouteTable::Route* route =
-        server_.routes().match(request_.method, request_.path, params, allowed);
     if (route != nullptr) {
         route->handler(exchange(), params);
-        return;
-    }
-    const VekStaticAssets::Asset* asset = server_.assets().find(request_.path);
-    if (asset != nullptr && request_.method == "GET") {
+    } else if (asset != nullptr) {
         answerBytes(200, asset->type, asset->bytes);
     } else if (!allowed.empty()) {
         answer(405, error(request_.method + " is not for " + request_.path + " (" + allowed + " is)"),
@@ -172,6 +200,22 @@ void VekHttpSession::answerBytes(int status, const std::string& type, std::strin
     });
 }
 
+void VekHttpSession::setHeaders(http::fields& fields, const std::string& type,
+                                const Headers& headers) const {
+    fields.set(http::field::server, "vek_master");
+    fields.set(http::field::content_type, type);
+    fields.set(http::field::cache_control, "no-store");
+    for (const auto& field : VekHttpServer::securityHeaders()) {
+        fields.set(field.first, field.second);
+    }
+    if (!request_.id.empty()) {
+        fields.set(kRequestId, request_.id);
+    }
+    for (const auto& field : headers) {
+        fields.set(field.first, field.second);
+    }
+}
+
 void VekHttpSession::send(Answer answer) {
     if (finished_ || !busy_ || answered_) {
         return;
@@ -179,12 +223,7 @@ void VekHttpSession::send(Answer answer) {
     answered_ = true;
     plain_ = std::make_shared<http::response<http::string_body>>(
         static_cast<http::status>(answer.status), 11);
-    plain_->set(http::field::server, "vek_master");
-    plain_->set(http::field::content_type, answer.type);
-    plain_->set(http::field::cache_control, "no-store");
-    for (const auto& field : answer.headers) {
-        plain_->set(field.first, field.second);
-    }
+    setHeaders(*plain_, answer.type, answer.headers);
     plain_->keep_alive(keepAlive_ && !closing_);
     plain_->body() = std::move(answer.body);
     plain_->prepare_payload();
@@ -221,12 +260,7 @@ std::shared_ptr<VekBodyStream> VekHttpSession::answerStream(int status, const st
 void VekHttpSession::sendHead(int status, const std::string& type, uint64_t length,
                               const Headers& headers) {
     streamed_.emplace(static_cast<http::status>(status), 11);
-    streamed_->set(http::field::server, "vek_master");
-    streamed_->set(http::field::content_type, type);
-    streamed_->set(http::field::cache_control, "no-store");
-    for (const auto& field : headers) {
-        streamed_->set(field.first, field.second);
-    }
+    setHeaders(*streamed_, type, headers);
     streamed_->keep_alive(keepAlive_ && !closing_);
     streamed_->content_length(length);
     streamed_->body().data = nullptr;
@@ -309,16 +343,27 @@ void VekHttpSession::linger() {
         finish();
         return;
     }
-    stream_.expires_after(kLinger);
+    // A deadline of our own: the stream's expiry is not enforced against a client that
+    // keeps the reads coming.
+    stream_.expires_never();
+    deadline_.expires_after(kLinger);
+    deadline_.async_wait([self = shared_from_this()](beast::error_code e) {
+        if (!e) {
+            self->finish();
+        }
+    });
+    lingered_ = 0;
     drain();
 }
 
 void VekHttpSession::drain() {
-    // Whatever the client still sends (the rest of a refused body) is read and dropped:
-    // closing with it unread would reset the connection and could lose our answer.
+    // What the client sends meanwhile (the rest of a refused body) is read and dropped
+    // for a moment: closing on unread bytes resets the connection, which could lose our
+    // answer before the client reads it. A client that keeps sending is cut off.
     stream_.async_read_some(net::buffer(drain_),
-                            [self = shared_from_this()](beast::error_code ec, size_t) {
-                                if (ec) {
+                            [self = shared_from_this()](beast::error_code ec, size_t n) {
+                                self->lingered_ += n;
+                                if (ec || self->lingered_ >= kLingerBytes) {
                                     self->finish();
                                 } else {
                                     self->drain();

@@ -53,6 +53,9 @@ private:
     // An answer to a request that will not be read further: the connection ends after it.
     void refuse(int status, const std::string& why);
     void send(Answer answer);
+    // The headers of every answer, then those of this one.
+    void setHeaders(boost::beast::http::fields& fields, const std::string& type,
+                    const Headers& headers) const;
     void sendHead(int status, const std::string& type, uint64_t length, const Headers& headers);
     void pump();
     void sent(boost::beast::error_code ec);
@@ -89,7 +92,8 @@ private:
     std::shared_ptr<VekBodyStream> body_;
     std::string chunk_;
     bool writing_ = false;
-    char drain_[1024];
+    char drain_[4096];
+    size_t lingered_ = 0;
 };
 
 }  // namespace vekserve

@@ -11,7 +11,8 @@ namespace vekserve {
 // One client's errand on a line: a message, a snapshot, an apply. It runs on the line's
 // thread with the line's session to itself, and answers its client from there.
 struct VekLineJob {
-    std::string client;  // who asked: "127.0.0.1:41236"
+    std::string client;     // who asked: "127.0.0.1:41236"
+    std::string requestId;  // the HTTP request it answers, named in its events
     std::function<void(vekmaster::VekMasterSession& session, vekmaster::VekSessionAccess& access)>
         run;
     // The job will not run (the line was lost or the server stops): answer 503 with why.

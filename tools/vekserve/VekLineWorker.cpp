@@ -102,6 +102,9 @@ VekLineWorker::Json VekLineWorker::event(const char* type) const {
     out["device"] = index_;
     out["path"] = path_;
     out["client"] = client_;
+    if (!requestId_.empty()) {
+        out["requestId"] = requestId_;
+    }
     return out;
 }
 
@@ -165,6 +168,7 @@ void VekLineWorker::serveJobs() {
             continue;
         }
         client_ = job.client;
+        requestId_ = job.requestId;
         lineFailed_ = false;
         unanswered_ = false;
         try {
@@ -175,6 +179,7 @@ void VekLineWorker::serveJobs() {
             job.refuse(std::string("the server failed: ") + e.what());
         }
         client_ = "serve";
+        requestId_.clear();
         if (lineFailed_) {
             lose(failure_);
             return;

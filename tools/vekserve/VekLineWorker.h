@@ -99,6 +99,7 @@ private:
     std::unique_ptr<vekmaster::VekSettingsTable> table_;
     std::unique_ptr<vekmaster::VekSessionAccess> access_;
     std::string client_ = "serve";  // whose job is on the line
+    std::string requestId_;         // and the request it answers ("" for the server's own)
     bool quiet_ = false;            // no traffic events (the probes of a lost line)
     bool lineFailed_ = false;
     bool unanswered_ = false;

@@ -24,6 +24,10 @@ bool textMember(const Json& object, const char* name, std::string& text) {
 }
 
 std::string parseObject(const std::string& body, Json& json) {
+    if (!VekRequestBody::shallow(body)) {
+        return "the body nests arrays and objects deeper than " +
+               std::to_string(VekRequestBody::kMaxDepth) + " levels";
+    }
     const std::string problem = VekTuningDocument::parse(body, json);
     if (!problem.empty()) {
         return "the body is not JSON: " + problem;
@@ -38,6 +42,30 @@ std::string checkDocument(const VekSettingsTable& table, const Json& document,
 }
 
 }  // namespace
+
+bool VekRequestBody::shallow(const std::string& text) {
+    size_t depth = 0;
+    bool quoted = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (quoted) {
+            if (c == '\\') {
+                ++i;
+            } else if (c == '"') {
+                quoted = false;
+            }
+        } else if (c == '"') {
+            quoted = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaxDepth) {
+                return false;
+            }
+        } else if ((c == ']' || c == '}') && depth > 0) {
+            --depth;
+        }
+    }
+    return true;
+}
 
 std::string VekRequestBody::message(const VekMessageCatalog& catalog, const std::string& body,
                                     const VekMasterMessage*& message, vekprotocol::VekFields& args) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "VekMessageCatalog.h"
@@ -15,6 +16,14 @@ namespace vekserve {
 class VekRequestBody {
 public:
     using Json = vekmaster::VekValueJson::Json;
+
+    // Arrays and objects within each other, at most: a tuning document needs six. The
+    // JSON library writes and copies a value by recursion, one call per level, so a body
+    // nested tens of thousands deep would end the server on a stack overflow.
+    static constexpr size_t kMaxDepth = 64;
+    // The body nests no deeper than kMaxDepth, counted on the text before it is parsed
+    // (a bracket in a string does not count).
+    static bool shallow(const std::string& text);
 
     // What a diff compares: each side a document, or the device of that index.
     struct Diff {

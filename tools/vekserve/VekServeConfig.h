@@ -24,6 +24,7 @@ struct VekServeConfig {
     size_t bodyLimit = 1024 * 1024;       // bytes of a request body
     int clientTimeoutMs = 15000;          // to send a request or take an answer
     size_t subscriberLimit = 4096;        // events waiting for one subscriber
+    size_t maxClients = 256;              // connections open at once, WebSockets included
 
     // Reads HOST:PORT ("127.0.0.1:8741", "[::1]:8741", "localhost:0"); "" or what is
     // wrong with it.

@@ -64,6 +64,21 @@ TEST(ServeRulesTest, WithATokenEveryRequestBringsIt) {
     EXPECT_EQ(guard.check(from("localhost", "", "Basic 0123456789abcdef"), why), 401);
     EXPECT_EQ(guard.check(from("localhost"), why), 401);
     EXPECT_EQ(why, "this server needs a token: Authorization: Bearer TOKEN");
+    // The panel's files: no token, but the Host and Origin checks all the same.
+    EXPECT_EQ(guard.check(from("localhost"), why, false), 0);
+    EXPECT_EQ(guard.check(from("evil.example"), why, false), 403);
+    EXPECT_EQ(guard.check(from("localhost", "http://evil.example"), why, false), 403);
+}
+
+TEST(ServeRulesTest, RequestIdsAreShortPlainNames) {
+    const std::string good[] = {"", "7", "panel-x1y2z3-12", "a.b_c:d-E", std::string(64, 'i')};
+    for (const std::string& id : good) {
+        EXPECT_TRUE(VekHttpRequest::validId(id)) << id;
+    }
+    const std::string bad[] = {"a b", "a\"b", "a\r\nX: y", "\xc3\xa9", std::string(65, 'i')};
+    for (const std::string& id : bad) {
+        EXPECT_FALSE(VekHttpRequest::validId(id)) << id;
+    }
 }
 
 TEST(ServeRulesTest, ListenAddressesAndTheirReach) {
@@ -144,6 +159,36 @@ TEST(ServeRulesTest, AMessageBodyBecomesWireTextOfItsFieldTypes) {
     EXPECT_EQ(read(R"({"feature":"Gain"})"),
               R"(expected {"feature": FEATURE, "message": MESSAGE, "args": [ARG...]})");
     EXPECT_EQ(read("{\"feature\":").rfind("the body is not JSON: ", 0), 0u);
+}
+
+// Nesting is counted on the text, so that no body deep enough to overflow the stack of
+// the JSON library's recursion is ever parsed.
+TEST(ServeRulesTest, NestingPastTheLimitIsRefusedBeforeParsing) {
+    const auto nested = [](size_t depth, const std::string& inner = "") {
+        std::string text;
+        for (size_t i = 0; i < depth; ++i) {
+            text += i % 2 == 0 ? "[" : "{\"k\":";
+        }
+        text += inner.empty() ? "0" : inner;
+        for (size_t i = depth; i-- > 0;) {
+            text += i % 2 == 0 ? "]" : "}";
+        }
+        return text;
+    };
+    EXPECT_TRUE(VekRequestBody::shallow(nested(VekRequestBody::kMaxDepth)));
+    EXPECT_FALSE(VekRequestBody::shallow(nested(VekRequestBody::kMaxDepth + 1)));
+    EXPECT_FALSE(VekRequestBody::shallow(std::string(VekRequestBody::kMaxDepth + 1, '[')));
+    // Brackets in strings, escaped quotes included, are text; closing ones out of turn
+    // do not lower the count below nothing.
+    EXPECT_TRUE(VekRequestBody::shallow(nested(60, "\"[[[[[[[[\\\"[[[[[[[[\"")));
+    EXPECT_FALSE(VekRequestBody::shallow(nested(60, "\"\\\\\"[[[[[[[[")));
+    EXPECT_FALSE(VekRequestBody::shallow("]]]]" + nested(VekRequestBody::kMaxDepth + 1)));
+    // Every body reader counts first.
+    VekMasterReply reply;
+    const VekMessageCatalog catalog(reply);
+    VekRequestBody::Diff diff;
+    EXPECT_EQ(VekRequestBody::diff(VekSettingsTable(catalog), R"({"a":)" + nested(100000) + "}", diff),
+              "the body nests arrays and objects deeper than 64 levels");
 }
 
 TEST(ServeRulesTest, ADiffHoldsADocumentAndAtMostOneDevice) {

@@ -1,9 +1,14 @@
 // The server's HTTP API as the pages use it. Every answer comes back as
 // {status, body}; a refusal's body is {error, ...}. A network failure is status 0.
+// Every request is named (Vek-Request-Id) with this page's prefix; the events it causes
+// carry the name, so the page knows its own messages' answers from other clients' at
+// once, before the HTTP answer has come.
 export class Api {
   constructor() {
     this.token = sessionStorage.getItem('vek-token') || '';
-    this.own = new Set();  // "device:self" of the answers to our own requests
+    this.prefix = `panel-${Math.random().toString(36).slice(2, 10)}-`;
+    this.sent = 0;
+    this.own = new Set();  // the ids of our single messages, whose controls show their answers
     this.onUnauthorized = () => {};
   }
 
@@ -16,8 +21,13 @@ export class Api {
     return this.token ? { ...extra, Authorization: `Bearer ${this.token}` } : extra;
   }
 
-  async call(method, path, body) {
-    const init = { method, headers: this.headers() };
+  nextId() {
+    this.sent += 1;
+    return `${this.prefix}${this.sent}`;
+  }
+
+  async call(method, path, body, id = this.nextId()) {
+    const init = { method, headers: this.headers({ 'Vek-Request-Id': id }) };
     if (body !== undefined) {
       init.body = typeof body === 'string' ? body : JSON.stringify(body);
       init.headers['Content-Type'] = 'application/json';
@@ -44,20 +54,18 @@ export class Api {
   get(path) { return this.call('GET', path); }
   post(path, body) { return this.call('POST', path, body); }
 
-  // One message on a device's line; notes the answer's number so that its event is
-  // known as ours.
-  async request(device, feature, message, args = []) {
-    const answer = await this.post(`/api/devices/${device}/request`, { feature, message, args });
-    if (answer.status === 200 && answer.body.self !== undefined) {
-      this.own.add(`${device}:${answer.body.self}`);
-      if (this.own.size > 1024) {
-        this.own.delete(this.own.values().next().value);
-      }
+  // One message on a device's line; its events are known as ours (an apply's are not:
+  // the controls read again what it set).
+  request(device, feature, message, args = []) {
+    const id = this.nextId();
+    this.own.add(id);
+    if (this.own.size > 1024) {
+      this.own.delete(this.own.values().next().value);
     }
-    return answer;
+    return this.call('POST', `/api/devices/${device}/request`, { feature, message, args }, id);
   }
 
-  isOwn(device, self) { return this.own.has(`${device}:${self}`); }
+  isOwn(event) { return this.own.has(event.requestId); }
 
   eventsUrl() {
     const scheme = location.protocol === 'https:' ? 'wss' : 'ws';

@@ -31,9 +31,15 @@ class Panel {
     this.picker = document.getElementById('device');
     this.picker.addEventListener('change', () => this.open(Number(this.picker.value)));
     this.api.onUnauthorized = () => { document.getElementById('token-box').hidden = false; };
-    document.getElementById('token-use').addEventListener('click', () => {
+    const useToken = () => {
       this.api.useToken(document.getElementById('token').value.trim());
       location.reload();
+    };
+    document.getElementById('token-use').addEventListener('click', useToken);
+    document.getElementById('token').addEventListener('keydown', (event) => {
+      if (event.key === 'Enter') {
+        useToken();
+      }
     });
     this.buildTabs();
   }
@@ -102,6 +108,11 @@ class Panel {
   async start() {
     const [profile, devices] = await Promise.all([this.api.get('/api/profile'),
                                                   this.api.get('/api/devices')]);
+    if (devices.status === 401) {
+      // The token box is shown; the page starts again once it is given.
+      this.setOffline('This server needs a token.');
+      return;
+    }
     if (profile.status === 200) {
       this.limits = new Limits(profile.body);
     }
@@ -230,26 +241,20 @@ class Panel {
   }
 
   // A set message answered on the line from another client (or an apply): read again
-  // what it changed. Our own answers are told apart by their numbers, which may arrive
-  // a moment after their event.
+  // what it changed. Our own answers are known by the request id their events carry.
   onAnswer(event) {
-    const { feature, message, self } = event.reply;
-    if (event.device !== this.device || !message.startsWith('Set')) {
+    const { feature, message } = event.reply;
+    if (event.device !== this.device || !message.startsWith('Set') || this.api.isOwn(event)) {
       return;
     }
     const name = message.replace(/Response$/, '');
     const request = this.lastRequest.get(event.device);
     const args = request && request.feature === feature && request.message === name ? request.args : [];
-    setTimeout(() => {
-      if (this.api.isOwn(event.device, self)) {
-        return;
+    for (const setting of this.settings) {
+      if (setting.concerns(feature, name, args)) {
+        setting.read();
       }
-      for (const setting of this.settings) {
-        if (setting.concerns(feature, name, args)) {
-          setting.read();
-        }
-      }
-    }, 150);
+    }
   }
 }
 
