@@ -253,6 +253,7 @@ bool VekLineWorker::openLine(std::string& problem) {
         return false;
     }
     session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
+    session_->setWindow(config_.window);
     session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                 const VekMasterReply* reply) { watch(message, args, reply); });
     table_ = std::make_unique<VekSettingsTable>(session_->catalog());
