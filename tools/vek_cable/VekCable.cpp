@@ -145,7 +145,10 @@ void VekCable::relay() {
             }
         }
         for (auto it = pulls.begin(); it != pulls.end();) {
-            if (it->atMs * kNsPerMs > now) {
+            const bool due = it->atByte >= 0
+                                 ? models_[ToMaster].bytesIn() >= static_cast<uint64_t>(it->atByte)
+                                 : it->atMs * kNsPerMs <= now;
+            if (!due) {
                 ++it;
                 continue;
             }
@@ -180,7 +183,9 @@ void VekCable::relay() {
             wake = std::min(wake, fault.atMs * kNsPerMs);
         }
         for (const Pull& pull : pulls) {
-            wake = std::min(wake, pull.atMs * kNsPerMs);
+            if (pull.atByte < 0) {
+                wake = std::min(wake, pull.atMs * kNsPerMs);
+            }
         }
         if (back >= 0) {
             wake = std::min(wake, back);

@@ -31,7 +31,8 @@ public:
         size_t count = 1;
     };
     struct Pull {
-        int64_t atMs = 0;
+        int64_t atMs = 0;     // from the start, or
+        int64_t atByte = -1;  // once the device has sent this many bytes
         int64_t forMs = 500;
     };
     struct Options {

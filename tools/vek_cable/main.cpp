@@ -31,7 +31,8 @@ const char kUsage[] =
     "  --noise=DIR:AT:N       N bytes going DIR (to-master or to-device) are garbled from\n"
     "                         AT on: milliseconds after the start, or bK for the K-th byte\n"
     "  --drop=DIR:AT:N        N bytes going DIR are lost from AT on\n"
-    "  --pull=MS[:FOR]        the cable is pulled MS after the start: both ends hang up, and\n"
+    "  --pull=AT[:FOR]        the cable is pulled at AT (milliseconds after the start, or bK\n"
+    "                         once the device has sent K bytes): both ends hang up, and\n"
     "                         come back under their links FOR ms later (default 500)\n";
 
 volatile sig_atomic_t stopRequested = 0;
@@ -83,11 +84,12 @@ bool pull(const std::string& text, VekCable::Pull& out) {
     const size_t colon = text.find(':');
     long at = 0;
     long length = 500;
-    if (!number(text.substr(0, colon), 0, 1L << 30, at) ||
+    const bool byByte = !text.empty() && text[0] == 'b';
+    if (!number(text.substr(byByte ? 1 : 0, colon - (byByte ? 1 : 0)), 0, 1L << 30, at) ||
         (colon != std::string::npos && !number(text.substr(colon + 1), 0, 1L << 30, length))) {
         return false;
     }
-    out.atMs = at;
+    (byByte ? out.atByte : out.atMs) = at;
     out.forMs = length;
     return true;
 }
