@@ -8,7 +8,6 @@ class VirtualCable : public vekcable::VekCable {
 public:
     VirtualCable() : VekCable(plain()) {}
 
-private:
     static Options plain() {
         Options options;
         options.toMaster.baud = options.toDevice.baud = 0;
