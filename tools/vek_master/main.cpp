@@ -453,6 +453,9 @@ void runDevice(const VekMasterOptions& options, const std::vector<VekMasterComma
                bool several, DeviceRun& run) {
     VekSerialLine line;
     const std::string unusable = line.open(run.device, options.baudRate);
+    if (unusable.empty() && !line.latencyNote().empty()) {
+        complain(line.latencyNote());
+    }
     if (!unusable.empty()) {
         run.status = run.last.fail(VekExitStatus::kIo, unusable).status;
         if (!several) {

@@ -252,6 +252,10 @@ bool VekLineWorker::openLine(std::string& problem) {
         line_.reset();
         return false;
     }
+    if (!line_->latencyNote().empty() && !latencyTold_) {
+        latencyTold_ = true;  // once, not at every reopening
+        log_(line_->latencyNote());
+    }
     session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
     session_->setWindow(config_.window);
     session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,

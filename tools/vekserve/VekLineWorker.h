@@ -105,6 +105,7 @@ private:
     std::string failure_;
     std::string idle_;  // the last bytes read between jobs, for the greeting
     bool greeted_ = false;
+    bool latencyTold_ = false;
 };
 
 }  // namespace vekserve
