@@ -143,12 +143,20 @@ VekCable::Options faulty(VekCable::Direction direction, VekCableModel::Fault kin
 TEST(CableTest, FaultsMidWindowNeverGiveOneRequestAnothersAnswer) {
     constexpr size_t kRequests = 36;
     VekMasterExchange::Batch reference;
+    // Each session first asks for the version alone, as every command does: the device's
+    // answer numbering is then known when the window opens.
+    std::string version;
+    std::string versionRequest;
     {
         CabledDaemon pty;
         ASSERT_TRUE(pty.ready());
         vekmaster::VekSerialLine line;
         ASSERT_EQ(line.open(pty.path(), 115200), "");
         VekMasterSession session(line, 1000);
+        version = session.request("Common", "Version", {"test"}).frame;
+        std::stringstream out;
+        session.catalog().find("Common", "Version")->encode({"test"}, 1, out);
+        versionRequest = out.str();
         reference = mixed(session, kRequests);
         session.exchange(reference);
         for (const VekMasterExchange& e : reference) {
@@ -158,17 +166,17 @@ TEST(CableTest, FaultsMidWindowNeverGiveOneRequestAnothersAnswer) {
     // Where the k-th answer and request begin in their streams: the answers follow the
     // greeting, and a fresh daemon numbers them as the reference run did.
     const auto answerAt = [&](size_t k) {
-        int64_t at = 7;
+        int64_t at = 7 + static_cast<int64_t>(version.size() + 1);
         for (size_t i = 0; i < k; ++i) {
             at += static_cast<int64_t>(reference[i].reply.frame.size() + 1);
         }
         return at;
     };
     const auto requestAt = [&](size_t k) {
-        int64_t at = 0;
+        int64_t at = static_cast<int64_t>(versionRequest.size());
         for (size_t i = 0; i < k; ++i) {
             std::stringstream out;
-            reference[i].message->encode(reference[i].args, static_cast<uint32_t>(i + 1), out);
+            reference[i].message->encode(reference[i].args, static_cast<uint32_t>(i + 2), out);
             at += static_cast<int64_t>(out.str().size());
         }
         return at;
@@ -193,6 +201,7 @@ TEST(CableTest, FaultsMidWindowNeverGiveOneRequestAnothersAnswer) {
         vekmaster::VekSerialLine line;
         ASSERT_EQ(line.open(daemon.path(), 115200), "");
         VekMasterSession session(line, 1000);
+        ASSERT_EQ(session.request("Common", "Version", {"test"}).frame, version);
         VekMasterExchange::Batch batch = mixed(session, kRequests);
         session.exchange(batch);
         size_t answered = 0;

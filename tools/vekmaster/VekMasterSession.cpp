@@ -206,6 +206,8 @@ private:
     bool draining_ = false;
     bool matching_ = false;  // the frame in progress is the oldest request's answer
     bool heard_ = false;     // bytes came since the oldest request went out
+    static constexpr size_t kNone = static_cast<size_t>(-1);
+    size_t anchoredAt_ = kNone;  // whose answer gave the numbering in this window
     Clock::time_point deadline_;
 };
 
@@ -281,9 +283,7 @@ void VekMasterSession::Window::run() {
 
 void VekMasterSession::Window::send() {
     while (!draining_ && !stopped_ && next_ < batch_.size()) {
-        // Until the numbering is known, one request alone finds it.
-        const size_t room = s_.anchored_ ? static_cast<size_t>(s_.window_) : 1;
-        if (inflight_.size() >= room) {
+        if (inflight_.size() >= static_cast<size_t>(s_.window_)) {
             return;
         }
         const size_t index = next_++;
@@ -332,10 +332,15 @@ void VekMasterSession::Window::header(const vekprotocol::VekFields& header) {
         s_.answerSelf_ = self;  // a late answer: the numbering goes on from it
         return;
     }
-    if (s_.anchored_) {
+    if (!s_.anchored_) {
+        // The numbering is taken from this answer, on trial until the window is done:
+        // a stale answer of an earlier session could stand first.
+        anchoredAt_ = inflight_.front();
+    } else {
         const uint32_t expected = s_.answerSelf_ % 65535 + 1;
         const uint32_t gap = (self + 65535 - expected) % 65535;
-        if (gap >= inflight_.size()) {
+        const bool onTrial = anchoredAt_ != kNone && anchoredAt_ >= settled_;
+        if (gap >= inflight_.size() || (gap > 0 && onTrial)) {
             s_.answerSelf_ = self;
             desync("answer number " + std::to_string(self) + " where " +
                    std::to_string(expected) + " was due");
@@ -411,6 +416,18 @@ void VekMasterSession::Window::desync(const std::string& problem) {
     // the last sure point to a run of requests like the one where the mix-up showed
     // may be their neighbours': none of them is kept.
     const size_t head = inflight_.empty() ? next_ : inflight_.front();
+    // Numbering found in this window and now in doubt: nothing answered since is sure.
+    const size_t trial = anchoredAt_ != kNone && anchoredAt_ >= settled_ ? anchoredAt_ : head;
+    for (size_t i = trial; i < head; ++i) {
+        VekMasterExchange& e = batch_[i];
+        if (e.sent && e.reply.answered()) {
+            e.reply.outcome = Outcome::NoAnswer;
+            e.reply.lost = true;
+            e.reply.problem = e.message->text(e.args) + ": its answer may have been another's (" +
+                              problem + ")";
+        }
+    }
+    anchoredAt_ = kNone;
     for (size_t i = head; i > settled_; --i) {
         VekMasterExchange& e = batch_[i - 1];
         const VekMasterMessage* after = i < batch_.size() ? batch_[i].message : nullptr;

@@ -23,8 +23,10 @@ namespace vekmaster {
 // were lost, and those requests are reported lost. Anything that does not fit (another
 // message where an answer is due, echoed keys that differ, a request left unanswered
 // while others are) loses every answer that could be misplaced: the session waits for
-// the line to fall quiet, takes the next request alone to find the numbering again, and
-// goes on. An answer is never given to a request it may not belong to.
+// the line to fall quiet and goes on. The first answer of a window whose numbering is not
+// known yet gives it on trial: until every request of that stretch is answered in turn,
+// a gap or a mix-up loses every answer since. An answer is never given to a request it
+// may not belong to.
 class VekMasterSession {
 public:
     // Bytes and requests that went over the line, each way.
