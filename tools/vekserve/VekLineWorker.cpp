@@ -1,5 +1,6 @@
 #include "VekLineWorker.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -138,16 +139,34 @@ void VekLineWorker::run() {
 void VekLineWorker::serveJobs() {
     for (;;) {
         VekLineJob job;
+        std::vector<VekLineJob> messages;
         {
             std::unique_lock<std::mutex> lock(mutex_);
             wake_.wait_for(lock, kIdleSlice, [this] { return stopping_ || !queue_.empty(); });
             if (stopping_) {
                 return;
             }
-            if (!queue_.empty()) {
+            // Single messages waiting in a row go on the line together.
+            while (!queue_.empty() && queue_.front().message != nullptr &&
+                   messages.size() < static_cast<size_t>(session_->window())) {
+                messages.push_back(std::move(queue_.front()));
+                queue_.pop_front();
+            }
+            if (messages.empty() && !queue_.empty()) {
                 job = std::move(queue_.front());
                 queue_.pop_front();
             }
+        }
+        if (!messages.empty()) {
+            serveMessages(messages);
+            if (lineFailed_) {
+                lose(failure_);
+                return;
+            }
+            if (unanswered_ && !probe()) {
+                return;
+            }
+            continue;
         }
         if (!job.run) {
             if (!readIdle(0)) {
@@ -179,12 +198,40 @@ void VekLineWorker::serveJobs() {
             lose(failure_);
             return;
         }
-        if (unanswered_) {
-            const std::string unanswered = failure_;
-            if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
-                lose(unanswered + ", nor to a version probe");
-                return;
-            }
+        if (unanswered_ && !probe()) {
+            return;
+        }
+    }
+}
+
+bool VekLineWorker::probe() {
+    const std::string unanswered = failure_;
+    if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
+        lose(unanswered + ", nor to a version probe");
+        return false;
+    }
+    return true;
+}
+
+void VekLineWorker::serveMessages(std::vector<VekLineJob>& jobs) {
+    lineFailed_ = false;
+    unanswered_ = false;
+    vekmaster::VekMasterExchange::Batch batch(jobs.size());
+    windowClients_.clear();
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        batch[i].message = jobs[i].message;
+        batch[i].args = jobs[i].args;
+        windowClients_.push_back(jobs[i].client);
+    }
+    requestEvents_ = replyEvents_ = 0;
+    session_->exchange(batch);
+    windowClients_.clear();
+    client_ = "serve";
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        try {
+            jobs[i].answer(batch[i].reply);
+        } catch (const std::exception& e) {
+            jobs[i].refuse(std::string("the server failed: ") + e.what());
         }
     }
 }
@@ -335,6 +382,11 @@ void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::Ve
     } else if (reply != nullptr && reply->outcome == Outcome::NoAnswer) {
         unanswered_ = true;
         failure_ = reply->problem;
+    }
+    // In a window the requests go out, and their outcomes come, in the window's order.
+    if (!windowClients_.empty()) {
+        size_t& n = reply == nullptr ? requestEvents_ : replyEvents_;
+        client_ = windowClients_[std::min(n++, windowClients_.size() - 1)];
     }
     // Nobody listening: the event is not worth making (it costs about as much as a
     // request's own work on the server).
