@@ -201,6 +201,7 @@ TEST(CableTest, FaultsMidWindowNeverGiveOneRequestAnothersAnswer) {
         vekmaster::VekSerialLine line;
         ASSERT_EQ(line.open(daemon.path(), 115200), "");
         VekMasterSession session(line, 1000);
+        session.setWindow(8);  // a mix-up loses what is on the line: at most these
         ASSERT_EQ(session.request("Common", "Version", {"test"}).frame, version);
         VekMasterExchange::Batch batch = mixed(session, kRequests);
         session.exchange(batch);

@@ -92,7 +92,7 @@ void printHelp(const VekMessageCatalog& catalog) {
         "                  %s\n"
         "  --timeout=MS    how long to wait for an answer (default 3000)\n"
         "  --window=N      requests a snapshot, apply, diff or curve keeps on the line at\n"
-        "                  once (1 to 64, default 8; 1: each waits for the answer before)\n"
+        "                  once (1 to 64, default 32; 1: each waits for the answer before)\n"
         "  --json          print each answer, apply result and diff as one JSON object\n"
         "  --output=FILE   write the answer's raw data (Common FileContent, any size) or the\n"
         "                  snapshot's document to FILE; with several devices a snapshot\n"

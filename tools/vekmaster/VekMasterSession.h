@@ -67,7 +67,7 @@ public:
     // Told of each request's outcome, in batch order; it may add requests to the batch.
     // True: send nothing more (those on the line are still awaited).
     using Answered = std::function<bool(Batch& batch, size_t index)>;
-    static constexpr int kDefaultWindow = 8;
+    static constexpr int kDefaultWindow = 32;
     static constexpr int kMaxWindow = 64;
     // How many requests of a batch may be on the line at once; 1 sends each after the
     // answer to the one before.
