@@ -28,12 +28,12 @@ SHOTS = os.environ.get("VEK_SCREENSHOT_DIR", tempfile.gettempdir())
 class Server:
     """vek_master serve on the given lines, on a free loopback port."""
 
-    def __init__(self, paths, log):
+    def __init__(self, paths, log, options=()):
         self.log = log
         with open(log, "wb") as out:
             self.process = subprocess.Popen(
                 [MASTER, "serve", *[f"--device={p}" for p in paths], "--listen=127.0.0.1:0",
-                 "--timeout=700"], stdout=out, stderr=subprocess.STDOUT)
+                 "--timeout=700", *options], stdout=out, stderr=subprocess.STDOUT)
         deadline = time.monotonic() + 20
         self.url = None
         while self.url is None and time.monotonic() < deadline:
