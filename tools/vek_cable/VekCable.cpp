@@ -66,14 +66,18 @@ bool VekCable::openEnds() {
         fcntl(masters_[i], F_SETFL, fcntl(masters_[i], F_GETFL) | O_NONBLOCK);
         fcntl(masters_[i], F_SETFD, FD_CLOEXEC);
         fcntl(slaves_[i], F_SETFD, FD_CLOEXEC);
-        paths_[i] = ptsname(masters_[i]);
+        const std::string end = ptsname(masters_[i]);
         if (!links[i]->empty()) {
             ::unlink(links[i]->c_str());
-            if (::symlink(paths_[i].c_str(), links[i]->c_str()) != 0) {
+            if (::symlink(end.c_str(), links[i]->c_str()) != 0) {
                 problem_ = "cannot link " + *links[i] + ": " + std::strerror(errno);
                 return false;
             }
-            paths_[i] = *links[i];
+        }
+        // Under a link the path stays what it was when the ends come back after a pull.
+        const std::string& path = links[i]->empty() ? end : *links[i];
+        if (paths_[i] != path) {
+            paths_[i] = path;
         }
     }
     return true;
