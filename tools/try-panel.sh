@@ -3,41 +3,66 @@
 # fixed 20-band equaliser), each on a virtual serial cable of its own, and serves them
 # with vek_master serve: open http://127.0.0.1:8741/ (or the port given as the first
 # argument). Ctrl-C stops the server, the daemons and the cables.
+#
+# --cable (before the port): the cables are vek_cable at 115200 baud with 16 ms bridge
+# timers, so the panel feels as it would on a real USB-to-UART cable.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 repo=$PWD
+paced=0
+if [[ ${1:-} == --cable ]]; then
+    paced=1
+    shift
+fi
 port=${1:-8741}
 
 if [[ ! -f build/CMakeCache.txt ]]; then
     cmake --preset default
 fi
-cmake --build build --target vek_tuner vek_master
+cmake --build build --target vek_tuner vek_master vek_cable
 
 work=$(mktemp -d)
 pids=()
+cables=()
 cleanup() {
     for pid in "${pids[@]}"; do
         kill -USR1 "$pid" 2>/dev/null || true
     done
     wait "${pids[@]}" 2>/dev/null || true
+    for pid in "${cables[@]}"; do
+        kill -TERM "$pid" 2>/dev/null || true
+    done
     exec 3>&- 4>&-
     wait
     rm -rf "$work"
 }
 trap cleanup EXIT
 
-# A cable relays until its standard input closes: these descriptors hold them open.
-for n in 0 1; do
-    mkfifo "$work/hold$n"
-    python3 python/tests/cable.py <"$work/hold$n" >"$work/ends$n" &
-done
-exec 3>"$work/hold0" 4>"$work/hold1"
-for n in 0 1; do
-    until [[ -s $work/ends$n ]]; do sleep 0.05; done
-done
-read -r device0 line0 <"$work/ends0"
-read -r device1 line1 <"$work/ends1"
+if ((paced)); then
+    for n in 0 1; do
+        "$repo/build/vek_cable" --baud=115200 --device-end="$work/device$n" \
+            --master-end="$work/line$n" >"$work/cable$n.log" &
+        cables+=($!)
+    done
+    for n in 0 1; do
+        until [[ -e $work/line$n ]]; do sleep 0.05; done
+    done
+    device0=$work/device0 line0=$work/line0 device1=$work/device1 line1=$work/line1
+    exec 3>/dev/null 4>/dev/null
+else
+    # A cable relays until its standard input closes: these descriptors hold them open.
+    for n in 0 1; do
+        mkfifo "$work/hold$n"
+        python3 python/tests/cable.py <"$work/hold$n" >"$work/ends$n" &
+    done
+    exec 3>"$work/hold0" 4>"$work/hold1"
+    for n in 0 1; do
+        until [[ -s $work/ends$n ]]; do sleep 0.05; done
+    done
+    read -r device0 line0 <"$work/ends0"
+    read -r device1 line1 <"$work/ends1"
+fi
 
 "$repo/build/vek_tuner" --device="$device0" --reverb >"$work/daemon0.log" 2>&1 &
 pids+=($!)

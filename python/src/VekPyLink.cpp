@@ -254,8 +254,48 @@ std::string VekPyLink::launch(const std::string& path, const std::vector<std::st
     return used;
 }
 
+py::list VekPyLink::requestMany(const py::list& requests) {
+    access();
+    vekmaster::VekMasterExchange::Batch batch;
+    for (const py::handle item : requests) {
+        const py::list words = py::reinterpret_borrow<py::object>(item);
+        if (words.size() < 2) {
+            throw py::value_error("a request is (feature, message, argument...)");
+        }
+        vekmaster::VekMasterExchange e;
+        py::list args;
+        for (size_t i = 2; i < words.size(); ++i) {
+            args.append(words[i]);
+        }
+        e.message = &prepare(words[0].cast<std::string>(), words[1].cast<std::string>(), args,
+                             e.args);
+        batch.push_back(std::move(e));
+    }
+    withAccess([&](vekmaster::VekDeviceAccess& access) { access.exchange(batch); });
+    py::list replies;
+    for (const vekmaster::VekMasterExchange& e : batch) {
+        if (!e.reply.answered()) {
+            raise(e.reply);
+        }
+        replies.append(replyTuple(e.reply, *e.message, false));
+    }
+    return replies;
+}
+
+void VekPyLink::setWindow(int window) {
+    if (window < 1 || window > vekmaster::VekMasterSession::kMaxWindow) {
+        throw py::value_error("window " + std::to_string(window) + " is not 1 to " +
+                              std::to_string(vekmaster::VekMasterSession::kMaxWindow));
+    }
+    window_ = window;
+    if (session_) {
+        session_->setWindow(window);
+    }
+}
+
 void VekPyLink::start(int timeoutMs) {
     session_ = std::make_unique<vekmaster::VekMasterSession>(*line_, timeoutMs);
+    session_->setWindow(window_);
     access_ = std::make_unique<vekmaster::VekSessionAccess>(*session_, table_, device_);
 }
 
@@ -348,9 +388,8 @@ VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotoco
     return reply;
 }
 
-py::tuple VekPyLink::request(const std::string& feature, const std::string& name,
-                             const py::list& args, const std::string& output) {
-    access();
+const VekMasterMessage& VekPyLink::prepare(const std::string& feature, const std::string& name,
+                                           const py::list& args, vekprotocol::VekFields& wire) {
     const VekMasterMessage* message = catalog_.find(feature, name);
     if (message == nullptr) {
         const VekMasterMessage* none = nullptr;
@@ -362,11 +401,18 @@ py::tuple VekPyLink::request(const std::string& feature, const std::string& name
         values.push_back(VekPyJson::toJson(
             args[i], feature + ' ' + name + ": argument " + std::to_string(i + 1)));
     }
-    vekprotocol::VekFields wire;
     const std::string problem = VekPyArgs::read(*message, values, wire);
     if (!problem.empty()) {
         throw py::value_error(problem);
     }
+    return *message;
+}
+
+py::tuple VekPyLink::request(const std::string& feature, const std::string& name,
+                             const py::list& args, const std::string& output) {
+    access();
+    vekprotocol::VekFields wire;
+    const VekMasterMessage* message = &prepare(feature, name, args, wire);
     std::unique_ptr<vekmaster::VekRawFileSink> file;
     if (!output.empty()) {
         file = std::make_unique<vekmaster::VekRawFileSink>(output);

@@ -54,6 +54,12 @@ public:
     // Any message; its raw data into the reply, or streamed to the file output.
     pybind11::tuple request(const std::string& feature, const std::string& name,
                             const pybind11::list& args, const std::string& output);
+    // Several messages, each [feature, message, argument...], on the line's window at
+    // once (through a server, one after another): their reply tuples, in order. Raises
+    // for the first that went unanswered, once all are done.
+    pybind11::list requestMany(const pybind11::list& requests);
+    // Requests of a batch, a snapshot or an apply on the line at once (1 to 64).
+    void setWindow(int window);
     // One value of a setting of the table: (reply, value); the value is None unless OK.
     // channel and band name the value for settings per channel and band ("" and -1 else).
     pybind11::tuple read(const std::string& feature, const std::string& name,
@@ -72,6 +78,10 @@ public:
     const std::string& device() const { return device_; }
 
 private:
+    // The message and its wire ARGs; ValueError when they do not fit.
+    const vekmaster::VekMasterMessage& prepare(const std::string& feature, const std::string& name,
+                                               const pybind11::list& args,
+                                               vekprotocol::VekFields& wire);
     // Throws when the link is closed.
     vekmaster::VekDeviceAccess& access();
     void start(int timeoutMs);
@@ -98,6 +108,7 @@ private:
     vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
     vekmaster::VekMessageCatalog catalog_{scratch_};
     bool forced_ = false;
+    int window_ = vekmaster::VekMasterSession::kDefaultWindow;
     const vekmaster::VekSettingsTable table_{catalog_};
     std::string device_;
 };

@@ -143,6 +143,8 @@ PYBIND11_MODULE(_vektuner, m) {
         .def("close", &VekPyLink::close)
         .def("force", &VekPyLink::force)
         .def("request", &VekPyLink::request)
+        .def("request_many", &VekPyLink::requestMany)
+        .def("set_window", &VekPyLink::setWindow)
         .def("read", &VekPyLink::read)
         .def("write", &VekPyLink::write)
         .def("read_settings", &VekPyLink::readSettings)

@@ -223,6 +223,27 @@ def test_an_unserved_feature_times_out_and_the_link_goes_on(launched):
     assert link.gain.master == -12.0
 
 
+def test_request_many_answers_each_in_order_as_request_would(launched):
+    link = launched(window=4)
+    wanted = [("Gain", "GetMaster"), ("EqV2", "GetBandConfig", "CF", 3),
+              ("Gain", "SetMaster", -6), ("Gain", "GetMaster"), ("Speaker", "GetDelay")]
+    many = link.request_many(wanted)
+    assert [(r.message, r.status) for r in many] == [
+        ("GetMasterResponse", "OK"), ("GetBandConfigResponse", "OK"),
+        ("SetMasterResponse", "OK"), ("GetMasterResponse", "OK"), ("GetDelayResponse", "OK")]
+    assert (many[0].masterGain, many[1].band, many[3].masterGain) == (-12.0, 3, -6.0)
+    assert many[4].delay == link.request("Speaker", "GetDelay").delay
+    with pytest.raises(ValueError, match="Gain SetMaster"):
+        link.request_many([("Gain", "GetMaster"), ("Gain", "SetMaster", "loud")])
+    with pytest.raises(ValueError, match="window 0 is not 1 to 64"):
+        launched(window=0)
+    # A message the device does not serve is never answered: the others still are.
+    short = launched(timeout=SHORT_TIMEOUT)
+    with pytest.raises(vektuner.Timeout, match="Reverb GetMode"):
+        short.request_many([("Gain", "GetMaster"), ("Reverb", "GetMode")])
+    assert short.gain.master == -12.0
+
+
 def test_other_threads_run_while_a_request_waits(launched):
     silent = launched(timeout=2)
     busy = launched()

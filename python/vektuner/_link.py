@@ -58,10 +58,12 @@ class Link:
     of a running `vek_master serve` (token: its token, when it asks for one), beside
     every other client of that server; `launch()` gives one to a daemon on a
     pseudo-terminal. A context
-    manager; close() ends it. One request is outstanding at a time; threads may share a
-    link (their requests take turns), and while a request waits for its answer other
-    threads run. timeout is how long to wait for an answer, in seconds, counted from its
-    latest byte while a long one arrives.
+    manager; close() ends it. One request is outstanding at a time, except in
+    request_many(), snapshot(), apply() and reading settings, which keep up to window
+    (default 32, 1 to 64) on the line at once; threads may share a link (their requests
+    take turns), and while a request waits for its answer other threads run. timeout is
+    how long to wait for an answer, in seconds, counted from its latest byte while a
+    long one arrives.
 
     The features' typed helpers are attributes: link.common, link.gain, link.reverb,
     link.eq, link.eqv2, link.hfe, link.vb, link.speaker.
@@ -72,14 +74,19 @@ class Link:
     the server checks against its own profile). A document's values are always checked."""
 
     def __init__(self, device="/dev/ttyUSB0", baud_rate=115200, timeout=3.0, *, url=None,
-                 device_index=0, token=None, force=False):
+                 device_index=0, token=None, force=False, window=None):
         # Everything goes through the native session: a line of our own, or a device
         # that a running `vek_master serve` owns (url), which then sets the line's speed
         # and answers within its own --timeout.
         if url is not None and force:
             raise ValueError("force does not go with url: the server checks every value "
                              "against its own profile")
+        if url is not None and window is not None:
+            raise ValueError("window does not go with url: the server keeps its own "
+                             "(vek_master serve --window)")
         self._session = _vektuner.Session()
+        if window is not None:
+            self._session.set_window(window)
         if url is None:
             self._session.open(os.fspath(device), baud_rate, _milliseconds(timeout))
         else:
@@ -94,9 +101,11 @@ class Link:
             setattr(self, feature.lower(), helpers(self))
 
     @classmethod
-    def _launched(cls, daemon_path, args, environment, log, timeout, force):
+    def _launched(cls, daemon_path, args, environment, log, timeout, force, window):
         link = cls.__new__(cls)
         link._session = _vektuner.Session()
+        if window is not None:
+            link._session.set_window(window)
         used = link._session.launch(daemon_path, list(args), log or "", environment,
                                     _milliseconds(timeout))
         link._start(force)
@@ -135,6 +144,19 @@ class Link:
         reply = self._session.request(feature, message, list(args),
                                       "" if output is None else os.fspath(output))
         return Response(*reply)
+
+    def request_many(self, requests) -> list:
+        """Sends several messages, each a sequence (feature, message, argument...), and
+        returns their Responses in order: request_many([("Gain", "GetMaster"),
+        ("EqV2", "GetBandConfig", "CF", 3)]). On a line of its own the link keeps up to
+        window of them on the line at once (a slow cable's bridges then cost once, not
+        once a request); through a server they go one after another, and the server
+        keeps them on its line together with other clients' requests.
+
+        Every argument is checked first (ValueError, nothing sent). Raises Timeout or
+        LineError for the first that went unanswered, once all are done."""
+        replies = self._session.request_many([list(request) for request in requests])
+        return [Response(*reply) for reply in replies]
 
     def _read(self, feature, name, channel, band):
         reply, value = self._session.read(feature, name, channel, band)
@@ -197,7 +219,8 @@ def default_daemon():
     return _config.INSTALLED_DAEMON
 
 
-def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=False) -> Link:
+def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=False,
+           window=None) -> Link:
     """Starts vek_tuner on a pseudo-terminal with the simulated audio platform and gives
     a Link to it; use it as a context manager (closing it stops the daemon with SIGUSR1
     and raises DaemonError if it did not end with status 0).
@@ -213,7 +236,7 @@ def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=Fal
         environment.append("AUDIO_SETTING_SIM=" + items)
     path = os.fspath(daemon_path) if daemon_path is not None else default_daemon()
     return Link._launched(path, args, environment, None if log is None else os.fspath(log),
-                          timeout, force)
+                          timeout, force, window)
 
 
 def use_profile(path=None) -> str:

@@ -28,14 +28,14 @@ SHOTS = os.environ.get("VEK_SCREENSHOT_DIR", tempfile.gettempdir())
 class Server:
     """vek_master serve on the given lines, on a free loopback port."""
 
-    def __init__(self, paths, log, token=None, token_file=None):
+    def __init__(self, paths, log, token=None, token_file=None, options=()):
         self.log = log
         self.token = token
         extra = [f"--token-file={token_file}"] if token_file else []
         with open(log, "wb") as out:
             self.process = subprocess.Popen(
                 [MASTER, "serve", *[f"--device={p}" for p in paths], "--listen=127.0.0.1:0",
-                 "--timeout=700", *extra], stdout=out, stderr=subprocess.STDOUT)
+                 "--timeout=700", *extra, *options], stdout=out, stderr=subprocess.STDOUT)
         deadline = time.monotonic() + 20
         self.url = None
         while self.url is None and time.monotonic() < deadline:

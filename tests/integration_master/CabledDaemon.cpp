@@ -7,8 +7,9 @@
 #include <chrono>
 #include <cstdlib>
 
-CabledDaemon::CabledDaemon(const std::vector<std::string>& args, const std::string& sim)
-    : args_(args), sim_(sim) {
+CabledDaemon::CabledDaemon(const std::vector<std::string>& args, const std::string& sim,
+                           const vekcable::VekCable::Options& cable)
+    : args_(args), sim_(sim), cable_(cable) {
     // Under a sanitizer or an emulator a daemon takes a while to start.
     ready_ = start() && cable_.awaitGreeting(30000);
 }

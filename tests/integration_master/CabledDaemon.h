@@ -14,8 +14,10 @@
 // is restarted while the PC keeps its end open.
 class CabledDaemon {
 public:
-    // args go to the daemon besides --device=; sim is AUDIO_SETTING_SIM ("" for none).
-    explicit CabledDaemon(const std::vector<std::string>& args = {}, const std::string& sim = "");
+    // args go to the daemon besides --device=; sim is AUDIO_SETTING_SIM ("" for none);
+    // the cable is a pseudo-terminal pair unless paced or faulty options are given.
+    explicit CabledDaemon(const std::vector<std::string>& args = {}, const std::string& sim = "",
+                          const vekcable::VekCable::Options& cable = VirtualCable::plain());
     // Stops the daemon with SIGUSR1 (killing it if it does not end).
     ~CabledDaemon();
     CabledDaemon(const CabledDaemon&) = delete;
@@ -30,11 +32,12 @@ public:
     // What vek_master opens.
     const std::string& path() const { return cable_.masterEnd(); }
     std::string log() const { return log_.read(); }
+    const vekcable::VekCable& cable() const { return cable_; }
 
 private:
     std::vector<std::string> args_;
     std::string sim_;
-    VirtualCable cable_;
+    vekcable::VekCable cable_;
     MasterRun::TempFile log_;
     pid_t pid_ = -1;
     bool ready_ = false;

@@ -68,6 +68,7 @@ constexpr Number kNumbers[] = {
     {"--client-timeout=", &VekMasterOptions::clientTimeoutMs, 1, kMaxTimeoutMs, nullptr},
     {"--max-clients=", &VekMasterOptions::maxClients, 1, 100000,
      "a number of connections (1 to 100000)"},
+    {"--window=", &VekMasterOptions::window, 1, 64, "a number of requests (1 to 64)"},
 };
 
 // The entry of a table whose name the argument is (flags) or starts with (valued options).
@@ -188,8 +189,9 @@ std::string VekMasterOptions::checkServing() const {
         }
         if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
-            return "serve takes --device, --devices, --baudRate, --timeout, --listen, "
-                   "--token-file, --queue, --client-timeout, --max-clients and --profile";
+            return "serve takes --device, --devices, --baudRate, --timeout, --window, "
+                   "--listen, --token-file, --queue, --client-timeout, --max-clients and "
+                   "--profile";
         }
         return "";
     }
@@ -209,8 +211,8 @@ std::string VekMasterOptions::checkServing() const {
         return "--force does not go with --connect: the server checks every value against "
                "its own profile";
     }
-    if (lineTuned || stats) {
-        return "--baudRate, --timeout and --stats are the server's with --connect "
+    if (lineTuned || stats || window != 0) {
+        return "--baudRate, --timeout, --window and --stats are the server's with --connect "
                "(give them to vek_master serve)";
     }
     return "";

@@ -16,6 +16,7 @@ struct VekMasterOptions {
     std::string devicesFile;
     int32_t baudRate = 115200;
     int timeoutMs = 3000;
+    long window = 0;  // requests on the line at once; 0 for the session's default
     bool json = false;
     bool help = false;
     bool stats = false;

@@ -91,6 +91,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  --baudRate=N    line speed (default 115200), one of\n"
         "                  %s\n"
         "  --timeout=MS    how long to wait for an answer (default 3000)\n"
+        "  --window=N      requests a snapshot, apply, diff or curve keeps on the line at\n"
+        "                  once (1 to 64, default 32; 1: each waits for the answer before)\n"
         "  --json          print each answer, apply result and diff as one JSON object\n"
         "  --output=FILE   write the answer's raw data (Common FileContent, any size) or the\n"
         "                  snapshot's document to FILE; with several devices a snapshot\n"
@@ -331,6 +333,9 @@ void runCommands(VekDeviceAccess& access, const VekMessageCatalog& catalog,
 // The commands on a line of our own.
 void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
                   const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
+    if (options.window > 0) {
+        session.setWindow(static_cast<int>(options.window));
+    }
     if (!several) {
         showProgress(session);
     }
@@ -372,6 +377,7 @@ int serve(VekMasterOptions& options) {
     config.devices = options.devices;
     config.baudRate = options.baudRate;
     config.timeoutMs = options.timeoutMs;
+    config.window = options.window > 0 ? static_cast<int>(options.window) : config.window;
     config.queueLimit = options.queue > 0 ? static_cast<size_t>(options.queue) : config.queueLimit;
     config.clientTimeoutMs =
         options.clientTimeoutMs > 0 ? static_cast<int>(options.clientTimeoutMs) : config.clientTimeoutMs;
@@ -451,6 +457,9 @@ void runDevice(const VekMasterOptions& options, const std::vector<VekMasterComma
                bool several, DeviceRun& run) {
     VekSerialLine line;
     const std::string unusable = line.open(run.device, options.baudRate);
+    if (unusable.empty() && !line.latencyNote().empty()) {
+        complain(line.latencyNote());
+    }
     if (!unusable.empty()) {
         run.status = run.last.fail(VekExitStatus::kIo, unusable).status;
         if (!several) {

@@ -75,15 +75,24 @@ bool VekChannelBands::read(VekDeviceAccess& access, const std::string& name,
     }
     const long count = std::strtol(counts->parts[index].text.c_str(), nullptr, 10);
     const long limit = std::min<long>(count, VekSettingsTable::kMaxBands);
-    for (long band = 0; band < limit; ++band) {
-        reply = &access.request(feature, "GetBandConfig", {name, std::to_string(band)}, nullptr);
-        if (reply->outcome != VekMasterReply::Outcome::Ok) {
-            failed = reply;
+    // Every band at once, on the line's window.
+    const VekMasterMessage* get = access.catalog().find(feature, "GetBandConfig");
+    VekMasterExchange::Batch batch(static_cast<size_t>(std::max<long>(limit, 0)));
+    for (size_t band = 0; band < batch.size(); ++band) {
+        batch[band].message = get;
+        batch[band].args = {name, std::to_string(band)};
+    }
+    access.exchange(batch);
+    for (const VekMasterExchange& e : batch) {
+        if (e.reply.outcome != VekMasterReply::Outcome::Ok) {
+            failure = e.reply;
+            failed = &failure;
+            bands.clear();
             return false;
         }
         VekResponseCurve::Band values{};
         for (size_t i = 0; i < values.size(); ++i) {
-            values[i] = numberOf(reply->field("value" + std::to_string(i + 1)));
+            values[i] = numberOf(e.reply.field("value" + std::to_string(i + 1)));
         }
         bands.push_back(values);
     }

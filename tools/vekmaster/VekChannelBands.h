@@ -14,6 +14,7 @@ struct VekChannelBands {
     std::string feature;  // "EqV2" or "Eq"
     std::string channel;
     std::vector<VekResponseCurve::Band> bands;
+    VekMasterReply failure;  // the answer that stopped a read of the bands
 
     // Asks the device for its features, the channel's band count and each band. False
     // when it cannot: failed is the answer that stopped it (NG, none, a failed line),

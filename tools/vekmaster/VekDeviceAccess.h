@@ -3,7 +3,9 @@
 #include <string>
 
 #include "VekDeviceReading.h"
+#include "VekMasterExchange.h"
 #include "VekMasterReply.h"
+#include "VekMessageCatalog.h"
 #include "VekRawSink.h"
 #include "VekSerDes.h"
 #include "VekTuningApply.h"
@@ -25,6 +27,16 @@ public:
     virtual const VekMasterReply& request(const std::string& feature, const std::string& name,
                                           const vekprotocol::VekFields& args,
                                           VekRawSink* raw) = 0;
+    // The messages a batch is made of.
+    virtual const VekMessageCatalog& catalog() const = 0;
+    // Several messages, each with its reply (raw data kept in it); a session keeps its
+    // window of them on the line at once, elsewhere they go one after another.
+    virtual void exchange(VekMasterExchange::Batch& batch) {
+        for (VekMasterExchange& e : batch) {
+            e.reply = request(e.message->feature, e.message->name, e.args, nullptr);
+            e.sent = e.reply.outcome != VekMasterReply::Outcome::Refused;
+        }
+    }
     // The version, features and every setting (only null) or those a document's
     // "settings" (only) holds. False when the device stopped answering: failure() says why.
     virtual bool read(const Json* only, VekDeviceReading& reading) = 0;

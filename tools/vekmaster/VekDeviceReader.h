@@ -10,8 +10,10 @@
 namespace vekmaster {
 
 // Reads settings from a device with the table's get messages, into a document's
-// "settings" object. A value the device answers NG for is kept as a missing marker; a
-// device that does not answer at all (or a failed line) stops the read.
+// "settings" object, as one batch on the session's window: the bands of a channel are
+// asked for as soon as its band count is in. A value the device answers NG for is kept
+// as a missing marker; a request whose answer was lost on the line is asked once more;
+// a device that does not answer at all (or a failed line) stops the read.
 class VekDeviceReader {
 public:
     using Json = VekValueJson::Json;
@@ -27,21 +29,36 @@ public:
     bool read(const std::vector<std::string>& served, const Json* only, Json& settings,
               int& missing);
     // The answer that stopped identify or read.
-    const VekMasterReply& stopped() const { return *stopped_; }
+    const VekMasterReply& stopped() const { return stopped_; }
 
 private:
-    // Asks; false when the device did not answer. reply is then the failure.
-    bool ask(const VekSetting& setting, const vekprotocol::VekFields& args,
-             const VekMasterReply*& reply);
-    bool readSetting(const VekSetting& setting, const Json* only, const Json& settings,
-                     Json& value);
+    // What a request of the batch is for.
+    struct Slot {
+        const VekSetting* setting;
+        std::string channel;  // "" for all of them
+        int band;             // -1 for none
+    };
+    using Batch = VekMasterSession::Batch;
+
+    // Runs the batch, once more for what was lost; false with stopped_ when something
+    // stayed unanswered.
+    bool run(Batch& batch, const VekMasterSession::Answered& answered);
+    void add(Batch& batch, const VekSetting& setting, const std::string& channel, int band);
+    // Puts an answer into settings_.
+    void take(const Slot& slot, const VekMasterReply& reply);
+    // The bands of a PerBand setting, once its counts are known.
+    void addBands(Batch& batch, const VekSetting& setting);
     // The bands of a channel to read: those a document lists for it (given), or 0 up
     // to its band count.
     static std::vector<int> bands(const Json* given, const Json* count);
+    bool listed(const VekSetting& setting, const std::string& channel) const;
 
     VekMasterSession& session_;
     const VekSettingsTable& table_;
-    const VekMasterReply* stopped_ = nullptr;
+    VekMasterReply stopped_;
+    std::vector<Slot> slots_;
+    const Json* only_ = nullptr;
+    Json* settings_ = nullptr;
     int missing_ = 0;
 };
 

@@ -78,6 +78,9 @@ void VekFrameReader::headerDone() {
     rawLeft_ = announced_;
     awaitedFrame_ = false;
     awaitedRaw_ = false;
+    if (headerSeen_) {
+        headerSeen_(header);
+    }
     vekprotocol::VekSerDes* endpoint = catalog_.endpoint(header[2]);
     if (endpoint != nullptr) {
         // The endpoint decodes the fields only: the raw data does not pass through it
@@ -113,6 +116,9 @@ void VekFrameReader::frameDone() {
     awaitedFrame_ = false;
     awaitedRaw_ = false;
     complete_ = true;
+    if (answerDone_) {
+        answerDone_();
+    }
 }
 
 }  // namespace vekmaster

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <sstream>
 #include <string>
 
@@ -27,6 +28,15 @@ public:
     explicit VekFrameReader(VekMessageCatalog& catalog, VekMasterReply& reply)
         : catalog_(catalog), reply_(reply) {}
 
+    // Told of every header line before it is decoded (the awaited answer may be chosen
+    // then, with reply_.expect), and of every awaited answer once it is whole.
+    using HeaderSeen = std::function<void(const vekprotocol::VekFields& header)>;
+    using AnswerDone = std::function<void()>;
+    void listen(HeaderSeen header, AnswerDone done) {
+        headerSeen_ = std::move(header);
+        answerDone_ = std::move(done);
+    }
+
     // From now on, the raw data of the answer reply_ awaits goes to sink.
     void await(VekRawSink& sink);
     void feed(const char* data, size_t size);
@@ -50,6 +60,8 @@ private:
     VekMessageCatalog& catalog_;
     VekMasterReply& reply_;
     VekRawSink* sink_ = nullptr;
+    HeaderSeen headerSeen_;
+    AnswerDone answerDone_;
     State state_ = Search;
     char previous_ = 0;
     std::string line_;

@@ -28,6 +28,9 @@ struct VekMasterReply {
 
     Outcome outcome = Outcome::NoAnswer;
     std::string problem;  // what went wrong, for every outcome but Ok and Ng
+    // NoAnswer because the answer was lost on the line or could not be told from another
+    // one; the device is alive and may have acted on the request.
+    bool lost = false;
 
     uint32_t self = 0;
     bool fail = false;

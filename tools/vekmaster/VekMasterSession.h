@@ -5,6 +5,7 @@
 #include <string>
 
 #include "VekFrameReader.h"
+#include "VekMasterExchange.h"
 #include "VekMasterReply.h"
 #include "VekMessageCatalog.h"
 #include "VekRawStringSink.h"
@@ -12,9 +13,20 @@
 
 namespace vekmaster {
 
-// One connection to a slave: sends one request at a time and gives back the answer as
-// a structure; it prints nothing. Requests are numbered 1, 2, ... 65535, 1, ... for the
-// whole session. Not shared between threads: one session per line.
+// One connection to a slave: sends a request and gives back the answer as a structure,
+// or keeps a batch of requests on the line, up to its window at once; it prints nothing.
+// Requests are numbered 1, 2, ... 65535, 1, ... for the whole session. Not shared
+// between threads: one session per line.
+//
+// In a batch, answers are matched to requests in order, by message name and by the
+// device's answer numbers, which go up by one per answer: a gap says how many answers
+// were lost, and those requests are reported lost. Anything that does not fit (another
+// message where an answer is due, echoed keys that differ, a request left unanswered
+// while others are) loses every answer that could be misplaced: the session waits for
+// the line to fall quiet and goes on. The first answer of a window whose numbering is not
+// known yet gives it on trial: until every request of that stretch is answered in turn,
+// a gap or a mix-up loses every answer since. An answer is never given to a request it
+// may not belong to.
 class VekMasterSession {
 public:
     // Bytes and requests that went over the line, each way.
@@ -51,6 +63,20 @@ public:
     const VekMasterReply& request(const std::string& feature, const std::string& name,
                                   const vekprotocol::VekFields& args, VekRawSink* raw = nullptr);
 
+    using Batch = VekMasterExchange::Batch;
+    // Told of each request's outcome, in batch order; it may add requests to the batch.
+    // True: send nothing more (those on the line are still awaited).
+    using Answered = std::function<bool(Batch& batch, size_t index)>;
+    static constexpr int kDefaultWindow = 32;
+    static constexpr int kMaxWindow = 64;
+    // How many requests of a batch may be on the line at once; 1 sends each after the
+    // answer to the one before.
+    void setWindow(int window) { window_ = window < 1 ? 1 : window; }
+    int window() const { return window_; }
+    // Sends the batch's requests in order and gives each its outcome (unsent ones stay
+    // NoAnswer with sent false). The raw data of answers is kept in their replies.
+    void exchange(Batch& batch, const Answered& answered = {});
+
     const VekMessageCatalog& catalog() const { return catalog_; }
     // Off: values outside the device profile's ranges are sent.
     void setLimited(bool limited) { catalog_.setLimited(limited); }
@@ -65,6 +91,10 @@ private:
     // Reads the line until the expected answer is in.
     void await(const std::string& what, VekRawSink& sink);
 
+    class Window;
+    // The line fell quiet or the time is up; false when the line failed.
+    bool drain(int quietMs);
+
     VekSerialLine& line_;
     VekMasterReply reply_;
     VekMessageCatalog catalog_;
@@ -72,6 +102,10 @@ private:
     VekRawStringSink memory_;
     int timeoutMs_;
     uint32_t self_ = 0;
+    int window_ = kDefaultWindow;
+    // The device's number of its latest answer, once known.
+    uint32_t answerSelf_ = 0;
+    bool anchored_ = false;
     Traffic traffic_;
     Progress progress_;
     Watcher watcher_;

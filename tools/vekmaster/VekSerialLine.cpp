@@ -1,7 +1,9 @@
 #include "VekSerialLine.h"
 
 #include <fcntl.h>
+#include <linux/serial.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -45,7 +47,25 @@ std::string VekSerialLine::open(const std::string& device, int32_t baudRate) {
     if (tcsetattr(fd_, TCSANOW, &tio) != 0) {
         return reason("configure", device);
     }
+    askLowLatency(device);
     return "";
+}
+
+void VekSerialLine::askLowLatency(const std::string& device) {
+    // Without it a serial driver may hold received bytes back for a tick; a request's
+    // answer then waits for the kernel as well as for the cable's bridge.
+    serial_struct serial{};
+    if (ioctl(fd_, TIOCGSERIAL, &serial) != 0) {
+        return;  // not a serial port with driver settings (a pseudo-terminal)
+    }
+    if ((serial.flags & ASYNC_LOW_LATENCY) != 0) {
+        return;
+    }
+    serial.flags |= ASYNC_LOW_LATENCY;
+    if (ioctl(fd_, TIOCSSERIAL, &serial) != 0) {
+        latencyNote_ = device + ": the kernel refused low latency (" + std::strerror(errno) +
+                       "); answers may come a little later";
+    }
 }
 
 void VekSerialLine::adopt(int fd) {

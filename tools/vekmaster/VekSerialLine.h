@@ -20,6 +20,10 @@ public:
 
     // Opens a tty raw 8N1 at the rate, as the daemon opens its end; "" or the reason.
     std::string open(const std::string& device, int32_t baudRate);
+    // After open: "" or why the kernel would not hand received bytes over at once
+    // (ASYNC_LOW_LATENCY) on a serial port that has the setting; a pseudo-terminal has no
+    // such setting and gives "".
+    const std::string& latencyNote() const { return latencyNote_; }
     // Uses a descriptor someone else owns and has configured (a pseudo-terminal).
     void adopt(int fd);
 
@@ -30,8 +34,11 @@ public:
     bool send(const std::string& bytes, int timeoutMs);
 
 private:
+    void askLowLatency(const std::string& device);
+
     int fd_ = -1;
     bool owned_ = false;
+    std::string latencyNote_;
 };
 
 }  // namespace vekmaster

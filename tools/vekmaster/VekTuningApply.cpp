@@ -223,41 +223,86 @@ bool VekTuningApply::placeBypass(const Json& settings, const Json& current, cons
 
 bool VekTuningApply::send(const std::vector<Step>& steps, std::vector<const Wanted*>& sent,
                           Result& result) {
+    // One batch on the session's window. The device acts on the requests in the order
+    // sent; at the first NG or unanswered request nothing more is sent, and what is
+    // already on the line is awaited and reported.
+    VekMasterSession::Batch batch;
     for (size_t i = 0; i < steps.size(); ++i) {
-        const Step& step = steps[i];
-        const VekMasterReply& reply = session_.request(*step.setting->set, step.args);
+        VekMasterExchange e;
+        e.message = steps[i].setting->set;
+        e.args = steps[i].args;
+        e.tag = i;
+        batch.push_back(std::move(e));
+    }
+    const VekMasterReply* stoppedBy = nullptr;
+    bool holdFailed = false;
+    session_.exchange(batch, [&](VekMasterSession::Batch& b, size_t index) {
+        const Step& step = steps[b[index].tag];
+        const VekMasterReply& reply = b[index].reply;
         if (reply.outcome == Outcome::Ok) {
             for (const Wanted& w : step.wanted) {
                 result.changes.push_back(w.change);
                 sent.push_back(&w);
             }
+            return false;
+        }
+        const std::string reason =
+            reply.outcome == Outcome::Ng ? "the device answered NG"
+            : reply.lost                 ? "sent, but its answer was lost: it may have taken"
+                                         : "not answered: " + reply.problem;
+        for (const Wanted& w : step.wanted) {
+            result.failures.push_back({w.change.label, reason});
+        }
+        if (step.wanted.empty()) {
+            result.failures.push_back({step.setting->path(), reason});
+        }
+        holdFailed = holdFailed || step.role == Step::Role::HoldBypass;
+        if (stoppedBy == nullptr) {
+            stoppedBy = &reply;
+        }
+        return true;
+    });
+    size_t sentCount = 0;
+    for (const VekMasterExchange& e : batch) {
+        if (!e.sent) {
             continue;
         }
-        if (reply.outcome == Outcome::Ng) {
-            for (const Wanted& w : step.wanted) {
-                result.failures.push_back({w.change.label, "the device answered NG"});
-            }
-            if (step.role == Step::Role::Value) {
-                continue;
-            }
-            if (step.wanted.empty()) {
-                result.failures.push_back({step.setting->path(), "the device answered NG"});
-            }
-            if (step.role == Step::Role::HoldBypass) {
-                result.status = VekExitStatus::kNg;
-                result.problem = "the bypass could not be switched on; nothing else was set";
-                return false;
-            }
-            continue;
-        }
-        stop(reply, result);
-        // Left on, the bypass would silence the device: one attempt to release it.
-        if (steps.back().role == Step::Role::ReleaseBypass && i + 1 < steps.size()) {
-            session_.request(*steps.back().setting->set, steps.back().args);
-        }
+        ++sentCount;
+        const VekMasterReply& r = e.reply;
+        result.sent.push_back({e.message->text(e.args),
+                               r.outcome == Outcome::Ok   ? "OK"
+                               : r.outcome == Outcome::Ng ? "NG"
+                               : r.lost                   ? "lost"
+                               : r.outcome == Outcome::LineFailed ? "line failed"
+                                                                  : "no answer"});
+    }
+    if (stoppedBy == nullptr) {
+        return true;
+    }
+    const std::string what = stoppedBy->outcome == Outcome::Ng ? "an NG" : "a request unanswered";
+    const std::string tally = std::to_string(sentCount) + " of " + std::to_string(steps.size()) +
+                              " requests were sent";
+    if (holdFailed) {
+        result.status = VekExitStatus::kNg;
+        result.problem = "the bypass could not be switched on; nothing else was set";
         return false;
     }
-    return true;
+    if (stoppedBy->outcome == Outcome::Ng) {
+        result.status = VekExitStatus::kNg;
+        if (sentCount < steps.size()) {
+            result.problem = "stopped at " + what + ": " + tally;
+        }
+    } else {
+        stop(*stoppedBy, result);
+        result.problem += "; stopped: " + tally;
+    }
+    // Left on, the bypass would silence the device: one attempt to release it.
+    if (steps.back().role == Step::Role::ReleaseBypass && !batch.back().sent &&
+        stoppedBy->outcome != Outcome::LineFailed) {
+        session_.request(*steps.back().setting->set, steps.back().args);
+    }
+    // What took is still read back: the device acted on every request it answered OK.
+    return stoppedBy->outcome == Outcome::Ng;
 }
 
 void VekTuningApply::readBack(const std::vector<std::string>& served,
@@ -312,6 +357,11 @@ VekTuningApply::Json VekTuningApply::json(const Result& result) {
     Json out = Json::object();
     out["status"] = result.status == VekExitStatus::kOk ? "OK" : "NG";
     out["requests"] = result.requests;
+    Json sent = Json::array();
+    for (const Sent& s : result.sent) {
+        sent.push_back({{"request", s.request}, {"answer", s.answer}});
+    }
+    out["sent"] = std::move(sent);
     out["changes"] = std::move(changes);
     out["failures"] = std::move(failures);
     out["values"] = result.values;
@@ -344,6 +394,11 @@ bool VekTuningApply::fromJson(const Json& json, Result& result) {
     }
     for (const Json& failure : *failures) {
         result.failures.push_back({textOf(failure, "setting"), textOf(failure, "reason")});
+    }
+    if (const Json* sent = VekValueJson::member(&json, "sent"); sent != nullptr && sent->is_array()) {
+        for (const Json& s : *sent) {
+            result.sent.push_back({textOf(s, "request"), textOf(s, "answer")});
+        }
     }
     return true;
 }

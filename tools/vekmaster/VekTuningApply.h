@@ -33,12 +33,19 @@ public:
         std::string label;
         std::string reason;  // "the device answered NG", "did not take: the device has -6"
     };
+    // A set request that went on the line, and how the device answered it: "OK", "NG",
+    // "lost" (the device may have acted on it), "no answer" or "line failed".
+    struct Sent {
+        std::string request;
+        std::string answer;
+    };
     struct Result {
         int status = VekExitStatus::kOk;
         std::string problem;                // why it stopped before the end
         std::vector<std::string> requests;  // the set requests, as script lines
         std::vector<Change> changes;        // the values set (to be set, in a dry run)
         std::vector<Failure> failures;      // the values that did not take
+        std::vector<Sent> sent;             // in the order sent; requests not listed were not
         size_t values = 0;                  // the values it tried to set
     };
 
@@ -47,8 +54,9 @@ public:
 
     // document has passed VekTuningDocument::check.
     Result run(const Json& document, const Options& options);
-    // A result as one object: status ("OK" or "NG"), requests, changes ({setting, from,
-    // to}), failures ({setting, reason}), values, and error when it stopped early.
+    // A result as one object: status ("OK" or "NG"), requests, sent ({request, answer}),
+    // changes ({setting, from, to}), failures ({setting, reason}), values, and error when
+    // it stopped early.
     static Json json(const Result& result);
     // The result that json gave; status 0 or 1 from "status" (how it stopped otherwise is
     // for the caller to say). False when json is not such an object.

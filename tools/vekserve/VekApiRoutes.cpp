@@ -116,9 +116,13 @@ VekLineWorker* VekApiRoutes::line(const ExchangePtr& exchange, const std::string
 
 void VekApiRoutes::submit(const ExchangePtr& exchange, VekLineWorker& line, Run run) {
     VekLineJob job;
+    job.run = std::move(run);
+    submit(exchange, line, std::move(job));
+}
+
+void VekApiRoutes::submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job) {
     job.client = exchange->request().client;
     job.requestId = exchange->request().id;
-    job.run = std::move(run);
     job.refuse = [exchange](const std::string& why) {
         exchange->answer(503, VekHttpExchange::error(why));
     };
@@ -157,6 +161,15 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
         return;
     }
     const bool raw = exchange->request().flag("raw");
+    if (!raw) {
+        // Nothing to stream: the line may send it in one window with other clients'.
+        VekLineJob job;
+        job.message = checked;
+        job.args = args;
+        job.answer = [exchange](const VekMasterReply& reply) { answerReply(exchange, reply); };
+        submit(exchange, *target, std::move(job));
+        return;
+    }
     submit(exchange, *target,
            [exchange, raw, feature = checked->feature, name = checked->name, args](
                VekMasterSession& session, VekSessionAccess& access) {

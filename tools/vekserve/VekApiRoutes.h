@@ -55,6 +55,8 @@ private:
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
     // Queues run on the line; 503 when the line does not take it.
     void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
+    // Queues a job for the line with its client and its refusal filled in.
+    void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
 
     Lines& lines_;
     vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks

@@ -17,6 +17,12 @@ struct VekLineJob {
         run;
     // The job will not run (the line was lost or the server stops): answer 503 with why.
     std::function<void(const std::string& why)> refuse;
+    // Or a single message whose client needs nothing but its reply: the line keeps it on
+    // the line in one window with other clients' such messages, and answer gets the
+    // reply (run is not used).
+    const vekmaster::VekMasterMessage* message = nullptr;
+    vekprotocol::VekFields args;
+    std::function<void(const vekmaster::VekMasterReply& reply)> answer;
 };
 
 }  // namespace vekserve

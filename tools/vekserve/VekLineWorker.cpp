@@ -1,5 +1,6 @@
 #include "VekLineWorker.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -141,16 +142,34 @@ void VekLineWorker::run() {
 void VekLineWorker::serveJobs() {
     for (;;) {
         VekLineJob job;
+        std::vector<VekLineJob> messages;
         {
             std::unique_lock<std::mutex> lock(mutex_);
             wake_.wait_for(lock, kIdleSlice, [this] { return stopping_ || !queue_.empty(); });
             if (stopping_) {
                 return;
             }
-            if (!queue_.empty()) {
+            // Single messages waiting in a row go on the line together.
+            while (!queue_.empty() && queue_.front().message != nullptr &&
+                   messages.size() < static_cast<size_t>(session_->window())) {
+                messages.push_back(std::move(queue_.front()));
+                queue_.pop_front();
+            }
+            if (messages.empty() && !queue_.empty()) {
                 job = std::move(queue_.front());
                 queue_.pop_front();
             }
+        }
+        if (!messages.empty()) {
+            serveMessages(messages);
+            if (lineFailed_) {
+                lose(failure_);
+                return;
+            }
+            if (unanswered_ && !probe()) {
+                return;
+            }
+            continue;
         }
         if (!job.run) {
             if (!readIdle(0)) {
@@ -184,12 +203,41 @@ void VekLineWorker::serveJobs() {
             lose(failure_);
             return;
         }
-        if (unanswered_) {
-            const std::string unanswered = failure_;
-            if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
-                lose(unanswered + ", nor to a version probe");
-                return;
-            }
+        if (unanswered_ && !probe()) {
+            return;
+        }
+    }
+}
+
+bool VekLineWorker::probe() {
+    const std::string unanswered = failure_;
+    if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
+        lose(unanswered + ", nor to a version probe");
+        return false;
+    }
+    return true;
+}
+
+void VekLineWorker::serveMessages(std::vector<VekLineJob>& jobs) {
+    lineFailed_ = false;
+    unanswered_ = false;
+    vekmaster::VekMasterExchange::Batch batch(jobs.size());
+    windowOwners_.clear();
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        batch[i].message = jobs[i].message;
+        batch[i].args = jobs[i].args;
+        windowOwners_.push_back({jobs[i].client, jobs[i].requestId});
+    }
+    requestEvents_ = replyEvents_ = 0;
+    session_->exchange(batch);
+    windowOwners_.clear();
+    client_ = "serve";
+    requestId_.clear();
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        try {
+            jobs[i].answer(batch[i].reply);
+        } catch (const std::exception& e) {
+            jobs[i].refuse(std::string("the server failed: ") + e.what());
         }
     }
 }
@@ -257,7 +305,12 @@ bool VekLineWorker::openLine(std::string& problem) {
         line_.reset();
         return false;
     }
+    if (!line_->latencyNote().empty() && !latencyTold_) {
+        latencyTold_ = true;  // once, not at every reopening
+        log_(line_->latencyNote());
+    }
     session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
+    session_->setWindow(config_.window);
     session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                 const VekMasterReply* reply) { watch(message, args, reply); });
     table_ = std::make_unique<VekSettingsTable>(session_->catalog());
@@ -335,6 +388,13 @@ void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::Ve
     } else if (reply != nullptr && reply->outcome == Outcome::NoAnswer) {
         unanswered_ = true;
         failure_ = reply->problem;
+    }
+    // In a window the requests go out, and their outcomes come, in the window's order.
+    if (!windowOwners_.empty()) {
+        size_t& n = reply == nullptr ? requestEvents_ : replyEvents_;
+        const Owner& owner = windowOwners_[std::min(n++, windowOwners_.size() - 1)];
+        client_ = owner.client;
+        requestId_ = owner.requestId;
     }
     // Nobody listening: the event is not worth making (it costs about as much as a
     // request's own work on the server).

@@ -60,7 +60,12 @@ private:
 
     void run();
     void serveJobs();
+    // Single messages of several clients, on the session's window; each answer to its own.
+    void serveMessages(std::vector<VekLineJob>& jobs);
     void recover();
+    // After a request went unanswered: false, with the line lost, when a version probe
+    // goes unanswered too.
+    bool probe();
     // Asks for the version and features; true when the device answered.
     bool identify();
     // The line has failed or the device has gone: refuse the waiting jobs, tell everyone.
@@ -100,12 +105,21 @@ private:
     std::unique_ptr<vekmaster::VekSessionAccess> access_;
     std::string client_ = "serve";  // whose job is on the line
     std::string requestId_;         // and the request it answers ("" for the server's own)
+    // Whose messages a window holds, in order, and how many of their events went out.
+    struct Owner {
+        std::string client;
+        std::string requestId;
+    };
+    std::vector<Owner> windowOwners_;
+    size_t requestEvents_ = 0;
+    size_t replyEvents_ = 0;
     bool quiet_ = false;            // no traffic events (the probes of a lost line)
     bool lineFailed_ = false;
     bool unanswered_ = false;
     std::string failure_;
     std::string idle_;  // the last bytes read between jobs, for the greeting
     bool greeted_ = false;
+    bool latencyTold_ = false;
 };
 
 }  // namespace vekserve

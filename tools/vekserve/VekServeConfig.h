@@ -15,6 +15,7 @@ struct VekServeConfig {
     std::vector<std::string> devices;
     int32_t baudRate = 115200;
     int timeoutMs = 3000;  // for each answer on a line
+    int window = 32;       // requests of a batch on a line at once
 
     std::string host = "127.0.0.1";  // an IP address, or "localhost"
     uint16_t port = 8741;            // 0: any free port (the one taken is printed)
