@@ -401,6 +401,71 @@ TEST(ServeApiTest, TheProfileGuardsEveryValueAndTheCurvesComeFromTheBands) {
     }
 }
 
+// A page's reads go out as one batch: every message answered in its place, a refused
+// one never sent, every event named by the batch's request.
+TEST(ServeApiTest, ABatchIsAnsweredInOrderWithEachRefusalInItsPlace) {
+    CabledDaemon device;
+    MasterRun::TempFile profile(R"({"name": "quiet", "sampleRate": 44100,
+        "band": {"type": 0, "frequency": 1, "gain": 2, "q": 3, "types": {"2": "peaking"}},
+        "limits": [{"feature": "Gain", "message": "SetMaster", "field": "masterGain",
+                    "min": -40, "max": 0, "unit": "dB"}]})");
+    ServeRig serve({device.path()}, {"--profile=" + profile.path()});
+    ASSERT_TRUE(serve.ready()) << serve.output();
+    EventsClient events(serve.port());
+    ASSERT_TRUE(events.open());
+
+    const ServeRig::Reply reply = serve.call(
+        "POST", "/api/devices/0/batch",
+        "{\"messages\": [" + message("Gain", "SetMaster", "[-3]") + ',' +
+            message("Gain", "SetMaster", "[3]") + ',' + message("Gain", "GetMaster") + ',' +
+            message("Gain", "Louder") + "]}",
+        {{"Vek-Request-Id", "page-1"}});
+    ASSERT_EQ(reply.status, 200) << reply.body;
+    EXPECT_EQ(reply.body,
+              R"({"answers":[{"status":200,"body":)"
+              R"({"feature":"Gain","message":"SetMasterResponse","self":3,"status":"OK","fields":{},)"
+              R"("rawDataLength":0,"frame":"AS:3:0:Gain:SetMasterResponse:0:OK:"}},)"
+              R"x({"status":400,"body":{"error":"Gain SetMaster masterGain 3 is outside -40 to 0 dB (profile quiet)",)x"
+              R"("field":"masterGain","min":-40,"max":0}},{"status":200,"body":)"
+              R"({"feature":"Gain","message":"GetMasterResponse","self":4,"status":"OK",)"
+              R"("fields":{"masterGain":-3},"rawDataLength":0,)"
+              R"("frame":"AS:4:0:Gain:GetMasterResponse:0:OK:<-3>:"}},)"
+              R"x({"status":400,"body":{"error":"Gain has no message 'Louder' (messages: GetMaster SetMaster )x"
+              R"x(GetChannel SetChannel GetFadeBalance SetFadeBalance)"}}]})x"
+              "\n");
+    EXPECT_EQ(device.log().find("SetMasterRequest:0:OK:<3>"), std::string::npos);
+    ASSERT_TRUE(events.await("\"type\":\"response\"", 2));
+    const std::vector<Json> seen = parsed(events.messages());
+    size_t named = 0;
+    for (const Json& event : seen) {
+        if (event["type"] != "state") {
+            EXPECT_EQ(event["requestId"], "page-1") << event;
+            ++named;
+        }
+    }
+    EXPECT_EQ(named, 4u);
+
+    const std::pair<std::string, std::string> refused[] = {
+        {R"({"messages": []})",
+         R"(expected {"messages": [{"feature", "message", "args"}, ...]})"},
+        {R"({"messages": {}})",
+         R"(expected {"messages": [{"feature", "message", "args"}, ...]})"},
+    };
+    for (const auto& r : refused) {
+        const ServeRig::Reply answer = serve.call("POST", "/api/devices/0/batch", r.first);
+        EXPECT_EQ(answer.status, 400);
+        EXPECT_EQ(answer.body, error(r.second));
+    }
+    std::string many = "{\"messages\": [";
+    for (int i = 0; i < 1025; ++i) {
+        many += (i ? "," : "") + message("Gain", "GetMaster");
+    }
+    const ServeRig::Reply tooMany = serve.call("POST", "/api/devices/0/batch", many + "]}");
+    EXPECT_EQ(tooMany.status, 400);
+    EXPECT_EQ(tooMany.body, error("at most 1024 messages a batch"));
+    EXPECT_EQ(serve.call("POST", "/api/devices/1/batch", R"({"messages": []})").status, 404);
+}
+
 TEST(ServeApiTest, AFullQueueIsAnswered503) {
     CabledDaemon daemon;  // serves no Reverb: a Reverb request waits its timeout out
     ServeRig serve({daemon.path()}, {"--queue=1", "--timeout=1000"});

@@ -49,6 +49,10 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
     table.add("POST", "/api/devices/{}/request",
               "one message, {\"feature\", \"message\", \"args\"}; ?raw=1: its raw data as the body",
               bind(&VekApiRoutes::message));
+    table.add("POST", "/api/devices/{}/batch",
+              "{\"messages\": [{\"feature\", \"message\", \"args\"}, ...]}: on the line together; "
+              "{\"answers\": [{\"status\", \"body\"}, ...]}, each as /request answers it",
+              bind(&VekApiRoutes::batch));
     table.add("GET", "/api/devices/{}/snapshot", "every setting, as a tuning document",
               bind(&VekApiRoutes::snapshot));
     table.add("POST", "/api/devices/{}/snapshot", "the settings a tuning document holds, read anew",
@@ -78,22 +82,21 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
               });
 }
 
-void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
-    int status = 503;
+int VekApiRoutes::failureStatus(const VekMasterReply& reply) {
     switch (reply.outcome) {
         case Outcome::Refused:
-            status = 400;
-            break;
+            return 400;
         case Outcome::NoAnswer:
-            status = 504;
-            break;
+            return 504;
         case Outcome::RawFailed:
-            status = 502;
-            break;
+            return 502;
         default:
-            break;
+            return 503;
     }
-    exchange->answer(status, VekHttpExchange::error(reply.problem));
+}
+
+void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
+    exchange->answer(failureStatus(reply), VekHttpExchange::error(reply.problem));
 }
 
 void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
@@ -150,14 +153,7 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     const std::string problem =
         VekRequestBody::message(catalog_, exchange->request().body, checked, args);
     if (!problem.empty()) {
-        const VekDeviceProfile::Breach breach =
-            checked != nullptr ? VekDeviceProfile::inUse()->check(*checked, args)
-                               : VekDeviceProfile::Breach();
-        if (breach.found() && breach.problem == problem) {
-            refuseRange(exchange, breach);
-        } else {
-            exchange->answer(400, VekHttpExchange::error(problem));
-        }
+        exchange->answer(400, refusal(problem, checked, args));
         return;
     }
     const bool raw = exchange->request().flag("raw");
@@ -231,7 +227,7 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
     const VekDeviceProfile::Breach breach =
         VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
     if (breach.found()) {
-        refuseRange(exchange, breach);
+        exchange->answer(400, rangeRefusal(breach));
         return;
     }
     VekTuningApply::Options options;
@@ -332,12 +328,64 @@ void VekApiRoutes::file(const ExchangePtr& exchange, const Params& params) {
            });
 }
 
-void VekApiRoutes::refuseRange(const ExchangePtr& exchange, const VekDeviceProfile::Breach& breach) {
+void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    std::vector<Json> list;
+    const std::string problem = VekRequestBody::messages(exchange->request().body, list);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    // Each message's answer is what /request would have answered, status and body; a
+    // refused one keeps its place and is not sent.
+    const auto answer = [](int status, Json body) {
+        return Json{{"status", status}, {"body", std::move(body)}};
+    };
+    auto answers = std::make_shared<std::vector<Json>>(list.size());
+    auto batch = std::make_shared<VekMasterSession::Batch>();
+    for (size_t i = 0; i < list.size(); ++i) {
+        VekMasterExchange request;
+        const std::string why = VekRequestBody::message(catalog_, list[i], request.message,
+                                                        request.args);
+        if (why.empty()) {
+            request.tag = i;
+            batch->push_back(std::move(request));
+        } else {
+            (*answers)[i] = answer(400, refusal(why, request.message, request.args));
+        }
+    }
+    submit(exchange, *target, [exchange, answers, batch, answer](VekMasterSession& session,
+                                                                 VekSessionAccess&) {
+        session.exchange(*batch);
+        for (const VekMasterExchange& sent : *batch) {
+            (*answers)[sent.tag] =
+                sent.reply.answered()
+                    ? answer(200, VekWireReply::of(sent.reply))
+                    : answer(failureStatus(sent.reply), VekHttpExchange::error(sent.reply.problem));
+        }
+        exchange->answer(200, Json{{"answers", std::move(*answers)}});
+    });
+}
+
+VekApiRoutes::Json VekApiRoutes::refusal(const std::string& problem,
+                                         const VekMasterMessage* checked,
+                                         const vekprotocol::VekFields& args) {
+    const VekDeviceProfile::Breach breach = checked != nullptr
+                                                ? VekDeviceProfile::inUse()->check(*checked, args)
+                                                : VekDeviceProfile::Breach();
+    return breach.found() && breach.problem == problem ? rangeRefusal(breach)
+                                                        : VekHttpExchange::error(problem);
+}
+
+VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& breach) {
     Json body = VekHttpExchange::error(breach.problem);
     body["field"] = breach.field;
     body["min"] = VekValueJson::number(breach.min, 6);
     body["max"] = VekValueJson::number(breach.max, 6);
-    exchange->answer(400, body);
+    return body;
 }
 
 void VekApiRoutes::profile(const ExchangePtr& exchange) {

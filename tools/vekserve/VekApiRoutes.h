@@ -29,6 +29,8 @@ public:
     VekApiRoutes(const VekApiRoutes&) = delete;
     VekApiRoutes& operator=(const VekApiRoutes&) = delete;
 
+    // The HTTP status that says why a request got no answer.
+    static int failureStatus(const vekmaster::VekMasterReply& reply);
     // The status and body that say why a request got no answer.
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
@@ -47,9 +49,13 @@ private:
     void profile(const ExchangePtr& exchange);
     void deviceCurve(const ExchangePtr& exchange, const Params& params);
     void curve(const ExchangePtr& exchange);
-    // 400 for a value outside the profile's ranges, with the field and its range.
-    static void refuseRange(const ExchangePtr& exchange,
-                            const vekmaster::VekDeviceProfile::Breach& breach);
+    void batch(const ExchangePtr& exchange, const Params& params);
+    using Json = VekHttpExchange::Json;
+    // Why a message is refused; for a value outside the profile's ranges, with the field
+    // and its range.
+    static Json refusal(const std::string& problem, const vekmaster::VekMasterMessage* checked,
+                        const vekprotocol::VekFields& args);
+    static Json rangeRefusal(const vekmaster::VekDeviceProfile::Breach& breach);
 
     // The line a path names; null after answering 404.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);

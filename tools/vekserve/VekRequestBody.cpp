@@ -70,10 +70,33 @@ bool VekRequestBody::shallow(const std::string& text) {
 std::string VekRequestBody::message(const VekMessageCatalog& catalog, const std::string& body,
                                     const VekMasterMessage*& message, vekprotocol::VekFields& args) {
     Json json;
-    std::string problem = parseObject(body, json);
+    const std::string problem = parseObject(body, json);
+    return problem.empty() ? VekRequestBody::message(catalog, json, message, args) : problem;
+}
+
+std::string VekRequestBody::messages(const std::string& body, std::vector<Json>& list) {
+    Json json;
+    const std::string problem = parseObject(body, json);
     if (!problem.empty()) {
         return problem;
     }
+    const Json* given = VekValueJson::member(&json, "messages");
+    if (given == nullptr || !given->is_array() || given->empty()) {
+        return "expected {\"messages\": [{\"feature\", \"message\", \"args\"}, ...]}";
+    }
+    if (given->size() > kMaxMessages) {
+        return "at most " + std::to_string(kMaxMessages) + " messages a batch";
+    }
+    list.assign(given->begin(), given->end());
+    return "";
+}
+
+std::string VekRequestBody::message(const VekMessageCatalog& catalog, const Json& json,
+                                    const VekMasterMessage*& message, vekprotocol::VekFields& args) {
+    if (!json.is_object()) {
+        return "expected {\"feature\": FEATURE, \"message\": MESSAGE, \"args\": [ARG...]}";
+    }
+    std::string problem;
     std::string feature;
     std::string name;
     if (!textMember(json, "feature", feature) || !textMember(json, "message", name)) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "VekMessageCatalog.h"
 #include "VekResponseCurve.h"
@@ -38,6 +39,14 @@ public:
     static std::string message(const vekmaster::VekMessageCatalog& catalog, const std::string& body,
                                const vekmaster::VekMasterMessage*& message,
                                vekprotocol::VekFields& args);
+    // The same, already parsed: one element of a batch.
+    static std::string message(const vekmaster::VekMessageCatalog& catalog, const Json& json,
+                               const vekmaster::VekMasterMessage*& message,
+                               vekprotocol::VekFields& args);
+    // Messages that one window may carry; a batch is answered when its last answer is in.
+    static constexpr size_t kMaxMessages = 1024;
+    // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().
+    static std::string messages(const std::string& body, std::vector<Json>& list);
     // A tuning document (format vek-tuning/1).
     static std::string document(const vekmaster::VekSettingsTable& table, const std::string& body,
                                 Json& document);

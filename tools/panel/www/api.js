@@ -8,7 +8,8 @@ export class Api {
     this.token = sessionStorage.getItem('vek-token') || '';
     this.prefix = `panel-${Math.random().toString(36).slice(2, 10)}-`;
     this.sent = 0;
-    this.own = new Set();  // the ids of our single messages, whose controls show their answers
+    this.own = new Set();  // the ids of our messages' requests, whose controls show their answers
+    this.waiting = new Map();  // device -> messages not yet sent, with their promises' resolve
     this.onUnauthorized = () => {};
   }
 
@@ -55,14 +56,43 @@ export class Api {
   post(path, body) { return this.call('POST', path, body); }
 
   // One message on a device's line; its events are known as ours (an apply's are not:
-  // the controls read again what it set).
+  // the controls read again what it set). The messages asked for in one turn of the
+  // page's event loop go to the server together, in one batch that the line keeps in
+  // one window: a page opening costs a few round trips of the cable, not one a value.
   request(device, feature, message, args = []) {
+    return new Promise((resolve) => {
+      let waiting = this.waiting.get(device);
+      if (!waiting) {
+        waiting = [];
+        this.waiting.set(device, waiting);
+        setTimeout(() => this.send(device), 0);
+      }
+      waiting.push({ message: { feature, message, args }, resolve });
+    });
+  }
+
+  async send(device) {
+    const waiting = this.waiting.get(device);
+    this.waiting.delete(device);
     const id = this.nextId();
     this.own.add(id);
     if (this.own.size > 1024) {
       this.own.delete(this.own.values().next().value);
     }
-    return this.call('POST', `/api/devices/${device}/request`, { feature, message, args }, id);
+    if (waiting.length === 1) {
+      waiting[0].resolve(await this.call('POST', `/api/devices/${device}/request`,
+                                         waiting[0].message, id));
+      return;
+    }
+    const answer = await this.call('POST', `/api/devices/${device}/batch`,
+                                   { messages: waiting.map((w) => w.message) }, id);
+    waiting.forEach((w, i) => {
+      if (answer.status !== 200) {
+        w.resolve(answer);  // the batch as a whole: no such device, the line is down
+      } else {
+        w.resolve(answer.body.answers[i]);
+      }
+    });
   }
 
   isOwn(event) { return this.own.has(event.requestId); }

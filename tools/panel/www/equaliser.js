@@ -7,7 +7,7 @@ const BAND_FIELDS = ['value1', 'value2', 'value3', 'value4', 'value5', 'value6']
 const BAND_TYPES = ['int', 'int', 'float', 'float', 'int', 'int'];
 
 // On/off, band counts, the selected channel's band table and its response curve, which
-// the server computes from the device's bands and is fetched again after every edit.
+// the server computes from the bands as read from the device, again after every edit.
 // While a band value is typed, the curve it would give is previewed (nothing is sent).
 export function equaliserPage(panel) {
   let feature;
@@ -163,12 +163,16 @@ export function equaliserPage(panel) {
     curveBusy = true;
     do {
       curveAgain = false;
-      const answer = await panel.api.get(`/api/devices/${panel.device}/eq/${page.channel}/curve?points=256`);
+      // The bands as just read from the device make its curve without another read
+      // over the cable; the device's own curve when they are not all in.
+      const answer = bands.length > 0 && bands.every((s) => s.values)
+        ? await panel.api.post('/api/curve', { bands: bands.map((s) => BAND_FIELDS.map((name) => s.values[name][0])), points: 256 })
+        : await panel.api.get(`/api/devices/${panel.device}/eq/${page.channel}/curve?points=256`);
       const why = failure(answer);
       if (why) {
         plot.showProblem(`No response curve: ${why}`);
       } else {
-        plot.draw(answer.body);
+        plot.draw({ ...answer.body, channel: page.channel });
       }
     } while (curveAgain);
     curveBusy = false;

@@ -161,16 +161,19 @@ class Panel {
       return;
     }
     this.setOffline('');
-    const reads = [];
-    for (const page of this.pages) {
-      if (page.perDevice && !page.tab.hidden) {
-        const fieldset = el('fieldset', { class: 'device-controls' }, page.build());
-        page.section.append(fieldset);
-        // A page without a load of its own shows its settings' values.
-        reads.push(page.load ? page.load() : Promise.all(page.settings.map((s) => s.read())));
-      }
+    const pages = this.pages.filter((page) => page.perDevice && !page.tab.hidden);
+    for (const page of pages) {
+      page.section.append(el('fieldset', { class: 'device-controls' }, page.build()));
     }
-    await Promise.all(reads);
+    // A page without a load of its own shows its settings' values.
+    const load = (page) => (page.load ? page.load() : Promise.all(page.settings.map((s) => s.read())));
+    // The page in view first: its values show after its own reads, not after every page's.
+    const inView = pages.find((page) => !page.section.hidden);
+    if (inView) {
+      await load(inView);
+    }
+    window.vekPageReady = window.vekPageReady || performance.now();
+    await Promise.all(pages.filter((page) => page !== inView).map(load));
     this.loads += 1;
     document.body.dataset.loads = String(this.loads);
     window.vekPanelReady = window.vekPanelReady || performance.now();
