@@ -31,7 +31,9 @@ def tune(link, document):
     """One device: apply, then the line to print."""
     try:
         result = link.apply(document)
-    except vektuner.Error as e:
+    except (vektuner.Error, ValueError, OSError) as e:
+        # ValueError: a document the device profile refuses (nothing was sent);
+        # OSError: one that cannot be read.
         return False, f"{link.device}: {e}"
     if "error" in result:
         return False, f"{link.device}: {result['error']}"

@@ -118,7 +118,8 @@ def parameters(helper):
             words.append("*")
         kind = p.kind
         default = "" if p.default is inspect.Parameter.empty else " = ..."
-        words.append(f"{p.name}: {p.annotation}{default}")
+        star = "*" if p.kind == inspect.Parameter.VAR_POSITIONAL else ""
+        words.append(f"{star}{p.name}: {p.annotation}{default}")
     if kind == inspect.Parameter.POSITIONAL_ONLY:
         words.append("/")
     return ", ".join(words)
@@ -132,9 +133,8 @@ def feature_class(feature, helpers):
             out += f"    @property\n    def {h.name}(self) -> {h.returns}:\n"
             out += docstring(h.doc, "        ")
             if h.settable:
-                given = next(x for x in helpers if x.name == "set_" + h.name).params[0]
                 out += f"    @{h.name}.setter\n    def {h.name}(self, value: " \
-                       f"{given.annotation}) -> None: ...\n"
+                       f"{h.accepts}) -> None: ...\n"
         else:
             out += f"    def {h.name}({parameters(h)}) -> {h.returns}:\n"
             out += docstring(h.doc, "        ")

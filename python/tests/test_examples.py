@@ -34,3 +34,15 @@ def test_production_line(args):
     assert len(lines) == (2 if args else 3)
     for line in lines:
         assert re.fullmatch(r"/dev/pts/\d+: OK: 3 values set, the device matches", line)
+
+
+def test_production_line_reports_a_refused_document_once_per_device(tmp_path):
+    document = tmp_path / "loud.json"
+    document.write_text('{"format": "vek-tuning/1", "settings": {"Gain": {"master": 60}}}')
+    result = run("production_line.py", str(document), "--simulated=2")
+    assert (result.returncode, result.stderr) == (1, "")
+    lines = result.stdout.splitlines()
+    assert len(lines) == 2
+    for line in lines:
+        assert re.fullmatch(r"/dev/pts/\d+: Gain\.master: Gain SetMaster masterGain 60 is outside "
+                            r"-60 to 12 dB \(profile default\)", line)

@@ -70,6 +70,7 @@ def test_bad_arguments_raise_value_error_and_send_nothing(shared_link, args, mes
     (lambda l: l.eqv2.set_band("CF", 1), "give the value as item or some of its fields"),
     (lambda l: l.gain.set_channel({"XY": 1}), "unknown channel XY (channels: LF RF LS RS CF L1)"),
     (lambda l: l.gain.set_channel([1, 2, 3]), "is not a mapping by channel"),
+    (lambda l: l.gain.set_channel(1, 2, 3), "is not a mapping by channel"),
     (lambda l: setattr(l.gain, "master", "loud"), "Gain.master: is not a number a float can hold"),
     (lambda l: l.vb.set_channel("LF", params=[1.0] * 17), "params is not an array of 18 float"),
     (lambda l: l.speaker.set_sine_pattern("LF", 2**31), "frequency is out of range"),
@@ -182,6 +183,10 @@ def test_setters_send_the_set_message_with_the_device_values_they_keep(link):
         (-10.0, -3.0, -3.5)
     assert link.hfe.channel("LS") == {"flag1": True, "flag2": False, "flag3": True, "value": 0.5}
     assert link.gain.fade_balance == [2, -1, 15]
+    # Six values one by one, as the setter's six-element list.
+    link.gain.set_channel(0, -0.5, -2, -2.5, -1, -4)
+    last = [frame for frame in received(link) if ":Set" in frame][-1]
+    assert last.split(":", 2)[2] == "0:Gain:SetChannelRequest:0:OK:<0:-0.5:-2:-2.5:-1:-4>:"
 
 
 def test_message_helpers(launched):

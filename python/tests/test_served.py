@@ -57,3 +57,19 @@ def test_what_the_server_refuses_raises_before_anything_is_sent(server):
     with vektuner.Link(url=server, device_index=3) as link:
         with pytest.raises(ValueError, match="device"):
             link.request("Gain", "GetMaster")
+
+
+def test_a_file_comes_through_the_server_in_memory_and_to_a_file(server, tmp_path):
+    data = os.urandom(267)
+    source = tmp_path / "volume_property.xml"
+    source.write_bytes(data)
+    copy = tmp_path / "copy.xml"
+    with vektuner.Link(url=server) as link:
+        response = link.request("Common", "FileContent", str(source))
+        assert (response.ok, response.raw_length, response.raw) == (True, 267, data)
+        assert link.common.file_content(str(source)) == data
+        assert link.common.file_content(str(source), output=str(copy)) == 267
+        assert copy.read_bytes() == data
+        # A file the device cannot read: OK with no bytes, as on a line of our own.
+        response = link.request("Common", "FileContent", str(tmp_path / "absent"))
+        assert (response.ok, response.raw_length, response.raw) == (True, 0, b"")

@@ -28,7 +28,8 @@ def test_every_helper_is_in_the_stub_with_its_parameters():
                 method = getattr(vektuner.FEATURES[feature], node.name)
                 wanted = list(inspect.signature(method).parameters)
                 args = node.args
-                given = [a.arg for a in args.posonlyargs + args.args + args.kwonlyargs]
+                given = [a.arg for a in args.posonlyargs + args.args + [args.vararg] +
+                         args.kwonlyargs if a is not None]
                 assert given == wanted, f"{feature}.{node.name}"
 
 

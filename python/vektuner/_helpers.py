@@ -57,6 +57,7 @@ class Helper(NamedTuple):
     doc: str
     function: Any
     settable: bool = False
+    accepts: str = ""  # what a settable property takes
 
 
 def _field_type(slot, sequence="list"):
@@ -145,15 +146,25 @@ def _setting_helpers(setting, structures):
         read.__doc__ = doc
         helpers.append(Helper(getter, True, (), shown, doc,
                               property(read, write if setting["set"] else None, doc=doc),
-                              settable=bool(setting["set"])))
+                              settable=bool(setting["set"]), accepts=given))
         if setting["set"]:
-            partial = (" A mapping may leave channels out: they keep the device's values "
-                       "(read first)." if setting["range"] == "channel_array" else "")
+            params = (Param("value", given),)
+            partial = ""
+            if setting["range"] == "channel_array":
+                # The six values may also come one by one, in channel order.
+                params = (Param("value", f"{given} | {value}"),
+                          Param("values", value, kind=inspect.Parameter.VAR_POSITIONAL))
+                partial = (" A mapping may leave channels out: they keep the device's values "
+                           "(read first).")
             set_doc = f"Sets {label} ({feature} {setting['set']}).{partial}"
-            helpers.append(Helper(setter, False, (Param("value", given),), "None", set_doc,
-                                  _method(setter, (Param("value", given),), "None", set_doc,
-                                          lambda link, a: link._write(feature, name, "", -1,
-                                                                      a["value"]))))
+
+            def write_all(link, arguments):
+                rest = arguments.get("values", ())
+                link._write(feature, name, "", -1,
+                            [arguments["value"], *rest] if rest else arguments["value"])
+
+            helpers.append(Helper(setter, False, params, "None", set_doc,
+                                  _method(setter, params, "None", set_doc, write_all)))
         return helpers
 
     keys = ", ".join(p.name for p in key_params)

@@ -322,6 +322,8 @@ def test_a_server_with_a_token_asks_for_it_then_shows_the_devices(tmp_path):
         page.wait(lambda d: box.is_displayed())
         assert driver.title == "vek_tuner panel"
         assert "needs a token" in driver.find_element(By.ID, "banner").text
+        # Said once: the box beside it only asks for the token.
+        assert driver.find_element(By.TAG_NAME, "body").text.count("needs a token") == 1
         assert not driver.find_elements(By.CSS_SELECTOR, "#device-table tbody tr")
         page.shot("token-asked-1280x800")
         field = driver.find_element(By.ID, "token")

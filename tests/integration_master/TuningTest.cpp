@@ -106,6 +106,29 @@ TEST_F(TuningTest, SnapshotChangeDiffApplyInEveryEqualiserMode) {
     }
 }
 
+// With nothing else to set, --bypass does not drop the audio for nothing: the device
+// already matching gets no set request, and a document that only switches the bypass
+// gets that one request.
+TEST_F(TuningTest, BypassIsHeldOnlyWhenThereIsSomethingToSet) {
+    MasterRun::TempFile same;
+    MasterRun::TempFile script("snapshot --output=" + same.path() + "\napply " + same.path() +
+                               " --bypass\n");
+    const MasterRun::Result matching = launch({"--script=" + script.path()});
+    EXPECT_EQ(matching.status, 0);
+    EXPECT_EQ(matching.out, "> snapshot --output=" + same.path() + '\n' + same.path() +
+                                ": 97 values\n> apply " + same.path() +
+                                " --bypass\nOK: nothing to set, the device matches\n");
+    EXPECT_EQ(setRequests(), std::vector<std::string>{});
+    clearLog();
+
+    MasterRun::TempFile on(R"({"format": "vek-tuning/1", "settings": {"Common": {"bypass": true}}})");
+    const MasterRun::Result bypassOnly = launch({"apply", on.path(), "--bypass"});
+    EXPECT_EQ(bypassOnly.status, 0);
+    EXPECT_EQ(bypassOnly.out,
+              "Common.bypass: 0 -> 1\nOK: 1 value set, the device matches\n");
+    EXPECT_EQ(setRequests(), std::vector<std::string>{"SetBypassRequest"});
+}
+
 TEST_F(TuningTest, DryRunListsTheRequestsInOrderAndSetsNothing) {
     MasterRun::TempFile document(R"({"format": "vek-tuning/1", "settings": {
         "Common": {"bypass": true},

@@ -381,6 +381,13 @@ TEST(ServeApiTest, TheProfileGuardsEveryValueAndTheCurvesComeFromTheBands) {
     const Json fixedCurve = Json::parse(serve.call("GET", "/api/devices/1/eq/L1/curve").body);
     EXPECT_EQ(fixedCurve["feature"], "Eq");
     EXPECT_EQ(fixedCurve["frequencies"].size(), 256u);
+    // vek_master --json curve prints the route's object, the device's index included.
+    const MasterRun::Result cli =
+        MasterRun::run({"--connect=" + serve.url(), "--device-index=1", "--profile=" + profile.path(),
+                        "--json", "curve", "L1"});
+    ASSERT_EQ(cli.status, 0) << cli.err;
+    EXPECT_EQ(Json::parse(cli.out), fixedCurve);
+    EXPECT_EQ(fixedCurve["device"], 1);
 
     const ServeRig::Reply posted =
         serve.call("POST", "/api/curve", R"({"bands": [[2, 1000, -6, 1, 0, 1]], "points": 16})");

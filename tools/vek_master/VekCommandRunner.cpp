@@ -272,8 +272,8 @@ VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
     }
     const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
     const size_t points = command.points != 0 ? command.points : VekResponseCurve::kDefaultPoints;
-    Json curve = {{"feature", bands.feature}, {"channel", bands.channel}};
-    curve.update(VekResponseCurve(*profile, points).json(bands.bands));
+    // A device's curve names it as the server's route does; a document's names none.
+    const Json curve = bands.curve(*profile, points, command.document.empty() ? index_ : -1);
     const std::string what = bands.feature + ' ' + bands.channel + ", " +
                              plural(bands.bands.size(), "band", "bands") + " (profile " +
                              profile->name() + ")";

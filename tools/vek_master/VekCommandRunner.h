@@ -16,13 +16,15 @@ class VekCommandRunner {
 public:
     using Json = VekValueJson::Json;
 
-    // device names the line in output file names; outputDir: several devices write
-    // their documents into the directory --output names.
+    // device names the line in output file names, index is its place among the
+    // devices (--device order; the server's index with --connect); outputDir: several
+    // devices write their documents into the directory --output names.
     VekCommandRunner(VekDeviceAccess& access, const VekMessageCatalog& catalog, std::string device,
-                     bool json, bool outputDir)
+                     int index, bool json, bool outputDir)
         : access_(access),
           table_(catalog),
           device_(std::move(device)),
+          index_(index),
           json_(json),
           outputDir_(outputDir) {}
 
@@ -47,6 +49,7 @@ private:
     VekDeviceAccess& access_;
     VekSettingsTable table_;
     std::string device_;
+    int index_;
     bool json_;
     bool outputDir_;
 };

@@ -267,6 +267,7 @@ bool needsLine(const std::vector<VekMasterCommand>& commands) {
 // One device's run of the commands.
 struct DeviceRun {
     std::string device;
+    int index = 0;  // its place among the --device options, or the server's index
     int status = VekExitStatus::kOk;
     VekCommandResult last;  // the command that decided the status
     size_t ran = 0;
@@ -297,7 +298,7 @@ void runCommands(VekDeviceAccess& access, const VekMessageCatalog& catalog,
                  const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
                  bool several, DeviceRun& run) {
     const auto start = Clock::now();
-    VekCommandRunner runner(access, catalog, run.device, options.json, several);
+    VekCommandRunner runner(access, catalog, run.device, run.index, options.json, several);
     const bool script = !options.script.empty();
     for (const VekMasterCommand& command : commands) {
         if (!several && script && !options.json) {
@@ -408,6 +409,7 @@ int runConnected(const VekMasterOptions& options, const VekMessageCatalog& catal
     }
     vekserve::VekRemoteAccess access(client, options.deviceIndex);
     DeviceRun run;
+    run.index = options.deviceIndex;
     runCommands(access, catalog, options, commands, false, run);
     return run.status;
 }
@@ -532,6 +534,7 @@ int main(int argc, char** argv) {
     std::vector<DeviceRun> runs(options.devices.size());
     for (size_t i = 0; i < runs.size(); ++i) {
         runs[i].device = options.devices[i];
+        runs[i].index = static_cast<int>(i);
     }
     VekDeviceRunner::forEach(runs.size(),
                              [&](size_t i) { runDevice(options, commands, several, runs[i]); });
@@ -541,6 +544,7 @@ int main(int argc, char** argv) {
         if (several && options.json) {
             VekValueJson::Json line = {{"device", run.device}, {"exit", run.status}};
             line.update(run.last.json);
+            line["device"] = run.device;  // a curve's index gives way to the path here
             print(VekValueJson::dump(line) + '\n');
         } else if (several) {
             print(run.device + ": " + run.last.summary + '\n');

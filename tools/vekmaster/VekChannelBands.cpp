@@ -136,4 +136,15 @@ std::string VekChannelBands::take(const Json& document, const std::string& name)
            " or settings.Eq.band." + name + ")";
 }
 
+Json VekChannelBands::curve(const VekDeviceProfile& profile, size_t points, int device) const {
+    Json body = Json::object();
+    if (device >= 0) {
+        body["device"] = device;
+    }
+    body["feature"] = feature;
+    body["channel"] = channel;
+    body.update(VekResponseCurve(profile, points).json(bands));
+    return body;
+}
+
 }  // namespace vekmaster

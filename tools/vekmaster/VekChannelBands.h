@@ -26,6 +26,9 @@ struct VekChannelBands {
     std::string take(const VekValueJson::Json& document, const std::string& name);
     // "" or why name is not a channel.
     static std::string checkChannel(const std::string& name);
+    // {"device", "feature", "channel"} and the response curve of the bands on points
+    // frequencies; without device (negative) for bands taken from a document.
+    VekValueJson::Json curve(const VekDeviceProfile& profile, size_t points, int device) const;
 };
 
 }  // namespace vekmaster

@@ -1,5 +1,6 @@
 #include "VekDeviceProfile.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdio>
@@ -9,6 +10,7 @@
 
 #include "VekMasterReply.h"
 #include "VekMessageCatalog.h"
+#include "VekNames.h"
 #include "VekSettingsTable.h"
 #include "VekTuningDocument.h"
 
@@ -95,6 +97,19 @@ bool indexMember(const Json& json, const char* key, int low, int high, int& out)
     return true;
 }
 
+// "" or "PREFIXkey: unknown member (members: ...)": a misspelt member is refused rather
+// than its default taken in silence.
+std::string unknownMember(const Json& object, const std::vector<std::string>& known,
+                          const std::string& prefix) {
+    for (const auto& member : object.items()) {
+        if (std::find(known.begin(), known.end(), member.key()) == known.end()) {
+            return prefix + member.key() + ": unknown member (members: " + VekNames::join(known) +
+                   ')';
+        }
+    }
+    return "";
+}
+
 std::shared_ptr<const VekDeviceProfile>& current() {
     static std::shared_ptr<const VekDeviceProfile> profile;
     return profile;
@@ -162,6 +177,12 @@ std::string VekDeviceProfile::read(const Json& json) {
     if (!json.is_object()) {
         return "is not a JSON object";
     }
+    // source: what GET /api/profile adds, so that its answer loads as a file.
+    std::string problem =
+        unknownMember(json, {"name", "source", "sampleRate", "band", "limits"}, "");
+    if (!problem.empty()) {
+        return problem;
+    }
     const Json* name = VekValueJson::member(&json, "name");
     if (name == nullptr || !name->is_string() || name->get<std::string>().empty()) {
         return "name: expected a non-empty string";
@@ -177,6 +198,10 @@ std::string VekDeviceProfile::read(const Json& json) {
     const Json* band = VekValueJson::member(&json, "band");
     if (band == nullptr || !band->is_object()) {
         return "band: expected an object with type, frequency, gain, q and types";
+    }
+    problem = unknownMember(*band, {"type", "frequency", "gain", "q", "types"}, "band.");
+    if (!problem.empty()) {
+        return problem;
     }
     const char* const roles[] = {"type", "frequency", "gain", "q"};
     int* const slots[] = {&band_.type, &band_.frequency, &band_.gain, &band_.q};
@@ -241,6 +266,11 @@ std::string VekDeviceProfile::read(const Json& json) {
         limit.field = texts[2]->get<std::string>();
         const std::string what = where + " (" + limit.feature + ' ' + limit.message + ' ' +
                                  limit.field + ")";
+        problem = unknownMember(
+            entry, {"feature", "message", "field", "element", "min", "max", "unit"}, what + ": ");
+        if (!problem.empty()) {
+            return problem;
+        }
         const VekMasterMessage* message = catalog.find(limit.feature, limit.message);
         if (message == nullptr) {
             return what + ": the catalogue has no message " + limit.feature + ' ' + limit.message;

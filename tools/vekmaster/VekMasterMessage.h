@@ -17,6 +17,7 @@ struct VekMasterMessage {
     std::string response;         // the answer's message name: "SetChannelResponse"
     VekFieldSignature signature;  // the request's fields, for the usage text
     VekFieldSignature answer;     // the response's fields
+    bool rawAnswer = false;       // the answer carries bytes as its raw data (FileContent)
     // Reads the ARGs into the request record as payload fields are read and encodes it
     // with the endpoint's encoder; false when an ARG is missing or cannot be read.
     std::function<bool(const vekprotocol::VekFields& args, uint32_t self, std::stringstream& out)>

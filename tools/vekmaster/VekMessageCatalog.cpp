@@ -1,5 +1,7 @@
 #include "VekMessageCatalog.h"
 
+#include <type_traits>
+
 #include "VekDeviceProfile.h"
 #include "VekFieldReader.h"
 
@@ -34,6 +36,7 @@ void VekMessageCatalog::addMessage(Master& master,
     message.feature = Master::kFeature;
     message.name = operationOf(Request::kMessage);
     message.response = message.name + "Response";
+    message.rawAnswer = std::is_same_v<Request, VekParamCommonFileContentRequest>;
     Request probe;
     fields(message.signature, probe);
     message.encode = [&master, encoder](const VekFields& args, uint32_t self,

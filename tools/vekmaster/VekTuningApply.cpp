@@ -187,7 +187,9 @@ bool VekTuningApply::placeBypass(const Json& settings, const Json& current, cons
         fromDocument.push_back(std::move(*planned));
         steps.erase(planned);
     }
-    if (!options.bypass) {
+    // With nothing else to set there is nothing to hide: holding the bypass would only
+    // drop the audio for a moment.
+    if (!options.bypass || steps.empty()) {
         // Switched on before everything else, switched off after it.
         for (Step& step : fromDocument) {
             const bool on = step.wanted.front().item == Json(true);

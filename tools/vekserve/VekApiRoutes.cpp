@@ -426,9 +426,7 @@ void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params
                    return;
                }
                const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
-               Json body = {{"device", device}, {"feature", bands.feature}, {"channel", channel}};
-               body.update(VekResponseCurve(*profile, points).json(bands.bands));
-               exchange->answer(200, body);
+               exchange->answer(200, bands.curve(*profile, points, device));
            });
 }
 

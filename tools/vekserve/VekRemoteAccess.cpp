@@ -80,7 +80,10 @@ const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const
     VekHttpClient::Response response;
     bool decoded = false;
     std::string problem;
-    if (raw == nullptr) {
+    // An answer's bytes come only with the streamed route, into memory unless a sink is
+    // given; other messages take the route the line may window with other clients'.
+    const bool streamed = raw != nullptr || message->rawAnswer;
+    if (!streamed) {
         problem = client_.exchange("POST", base_ + "/request", VekValueJson::dump(body), response);
         decoded = problem.empty() && response.status == 200 && decode(response.body);
     } else {
@@ -109,7 +112,7 @@ const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const
         reply_.problem = client_.url() + " answered " + feature + ' ' + name + " with no reply";
         return reply_;
     }
-    if (raw != nullptr && !reader.complete()) {
+    if (streamed && !reader.complete()) {
         sink.abandon();
         reply_.outcome = reader.sinkFailed() ? Outcome::RawFailed : Outcome::LineFailed;
         reply_.problem = reader.sinkFailed() ? sink.problem()

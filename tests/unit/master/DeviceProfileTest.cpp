@@ -130,6 +130,16 @@ TEST(DeviceProfileTest, LoadingNamesTheFileAndTheBadEntry) {
         {R"({"name": "t", "band": {"type": 0, "frequency": 1, "gain": 2, "q": 3, "types": {"1": "notch"}},
              "limits": []})",
          "profile p.json: band.types.1: expected one of off peaking lowShelf highShelf lowPass highPass"},
+        // A misspelt member is refused, not taken for its default.
+        {R"({"name": "t", "sampelRate": 44100, "band": {}, "limits": []})",
+         "profile p.json: sampelRate: unknown member (members: name source sampleRate band limits)"},
+        {R"({"name": "t", "band": {"type": 0, "frequency": 1, "gain": 2, "q": 3, "Q": 3,
+             "types": {"2": "peaking"}}, "limits": []})",
+         "profile p.json: band.Q: unknown member (members: type frequency gain q types)"},
+        {withLimit(R"({"feature": "Gain", "message": "SetMaster", "field": "masterGain", "min": -1,
+                       "max": 0, "unti": "dB"})"),
+         "profile p.json: limits[0] (Gain SetMaster masterGain): unti: unknown member (members: "
+         "feature message field element min max unit)"},
     };
     for (const auto& c : cases) {
         VekDeviceProfile bad;
@@ -137,6 +147,9 @@ TEST(DeviceProfileTest, LoadingNamesTheFileAndTheBadEntry) {
         EXPECT_EQ(problem.substr(0, c.second.size()), c.second) << problem;
         EXPECT_FALSE(problem.empty());
     }
+    // What GET /api/profile answers loads as a file, its source member included.
+    VekDeviceProfile saved;
+    EXPECT_EQ(saved.parse(VekValueJson::dump(profile().json()), "saved.json"), "");
     VekDeviceProfile missing;
     EXPECT_EQ(missing.load("/nonexistent/p.json"), "profile /nonexistent/p.json: cannot be read");
 }
