@@ -45,6 +45,16 @@ def test_a_served_device_answers_as_a_line_of_our_own(server, cabled_daemon):
             ("OK", ["Gain.master"])
         assert link.gain.master == -20.0
         assert vektuner.diff(document, link) == []
+        # A list of messages is one batch to the server, answered in its order.
+        many = link.request_many([("Gain", "SetMaster", -7), ("Gain", "GetMaster"),
+                                  ("EqV2", "GetBandConfig", "CF", 3)])
+        assert [(r.message, r.status, r.self_number) for r in many] == [
+            ("SetMasterResponse", "OK", many[0].self_number),
+            ("GetMasterResponse", "OK", many[0].self_number + 1),
+            ("GetBandConfigResponse", "OK", many[0].self_number + 2)]
+        assert (many[1].masterGain, many[2].value3) == (-7.0, -4.5)
+        with pytest.raises(vektuner.Timeout, match="Reverb GetMode"):
+            link.request_many([("Gain", "GetMaster"), ("Reverb", "GetMode")])
         # The line is the server's: there is no traffic of the link's own to count.
         assert tuple(link.traffic) == (0, 0, 0)
 

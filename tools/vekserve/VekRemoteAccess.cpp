@@ -1,5 +1,7 @@
 #include "VekRemoteAccess.h"
 
+#include <algorithm>
+
 #include "VekExitHttp.h"
 #include "VekFrameReader.h"
 #include "VekRawStringSink.h"
@@ -53,6 +55,72 @@ void VekRemoteAccess::refused(int status, const std::string& problem, VekMasterR
     reply.problem = problem;
 }
 
+bool VekRemoteAccess::feedFrame(VekFrameReader& reader, const Json& answer) {
+    // The reply's header line, read as it came off the server's line.
+    const std::string frame = textAt(answer, "frame") + '\n';
+    reader.feed(frame.data(), frame.size());
+    return reply_.received;
+}
+
+void VekRemoteAccess::exchange(VekMasterExchange::Batch& batch) {
+    for (const VekMasterExchange& e : batch) {
+        // A batch's answers carry no raw data: such messages go one at a time.
+        if (e.message->rawAnswer) {
+            VekDeviceAccess::exchange(batch);
+            return;
+        }
+    }
+    constexpr size_t kSlice = 1024;  // the most the server takes in one batch
+    for (size_t first = 0; first < batch.size(); first += kSlice) {
+        const size_t end = std::min(batch.size(), first + kSlice);
+        Json messages = Json::array();
+        for (size_t i = first; i < end; ++i) {
+            messages.push_back({{"feature", batch[i].message->feature},
+                                {"message", batch[i].message->name},
+                                {"args", batch[i].args}});
+        }
+        VekHttpClient::Response response;
+        const std::string problem = client_.exchange(
+            "POST", base_ + "/batch", VekValueJson::dump(Json{{"messages", messages}}), response);
+        Json answers;
+        const bool ok = problem.empty() && response.status == 200 &&
+                        VekTuningDocument::parse(response.body, answers).empty();
+        for (size_t i = first; i < end; ++i) {
+            VekMasterExchange& e = batch[i];
+            const Json* answer = ok ? VekValueJson::member(&answers, "answers") : nullptr;
+            answer = answer != nullptr && answer->is_array() && answer->size() > i - first
+                         ? &(*answer)[i - first]
+                         : nullptr;
+            const Json* status = VekValueJson::member(answer, "status");
+            const Json* body = VekValueJson::member(answer, "body");
+            reply_.expect(e.message->feature, e.message->name + "Response");
+            if (!problem.empty() || response.status != 200) {
+                refused(problem.empty() ? response.status : 0,
+                        problem.empty() ? errorOf(response.body) : problem, reply_);
+            } else if (status == nullptr || !status->is_number_integer() || body == nullptr) {
+                reply_.outcome = Outcome::LineFailed;
+                reply_.problem = client_.url() + " answered a batch without " +
+                                 e.message->feature + ' ' + e.message->name + "'s answer";
+            } else if (status->get<int>() != 200) {
+                refused(status->get<int>(), textAt(*body, "error"), reply_);
+            } else {
+                VekRawStringSink memory(reply_.rawData);
+                VekFrameReader reader(catalog_, reply_);
+                reader.await(memory);
+                if (feedFrame(reader, *body)) {
+                    reply_.outcome = reply_.fail ? Outcome::Ng : Outcome::Ok;
+                } else {
+                    reply_.outcome = Outcome::LineFailed;
+                    reply_.problem = client_.url() + " answered " + e.message->feature + ' ' +
+                                     e.message->name + " with no reply";
+                }
+            }
+            e.reply = reply_;
+            e.sent = e.reply.outcome != Outcome::Refused;
+        }
+    }
+}
+
 const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const std::string& name,
                                                const vekprotocol::VekFields& args, VekRawSink* raw) {
     reply_.expect(feature, name + "Response");
@@ -67,15 +135,9 @@ const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const
     VekRawSink& sink = raw != nullptr ? *raw : memory;
     VekFrameReader reader(catalog_, reply_);
     reader.await(sink);
-    // The reply's header line, read as it came off the server's line.
     const auto decode = [&](const std::string& wire) {
         Json json;
-        if (!VekTuningDocument::parse(wire, json).empty()) {
-            return false;
-        }
-        const std::string frame = textAt(json, "frame") + '\n';
-        reader.feed(frame.data(), frame.size());
-        return reply_.received;
+        return VekTuningDocument::parse(wire, json).empty() && feedFrame(reader, json);
     };
     VekHttpClient::Response response;
     bool decoded = false;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "VekDeviceAccess.h"
+#include "VekFrameReader.h"
 #include "VekHttpClient.h"
 #include "VekMessageCatalog.h"
 #include "VekSettingsTable.h"
@@ -23,6 +24,8 @@ public:
     const vekmaster::VekMasterReply& request(const std::string& feature, const std::string& name,
                                              const vekprotocol::VekFields& args,
                                              vekmaster::VekRawSink* raw) override;
+    // The batch in one request to the server, whose line keeps it in one window.
+    void exchange(vekmaster::VekMasterExchange::Batch& batch) override;
     bool read(const Json* only, vekmaster::VekDeviceReading& reading) override;
     vekmaster::VekTuningApply::Result apply(const Json& document,
                                             const vekmaster::VekTuningApply::Options& options) override;
@@ -32,6 +35,8 @@ public:
 private:
     // Sets reply to how a request fared that got no answer: the status says which way.
     void refused(int status, const std::string& problem, vekmaster::VekMasterReply& reply) const;
+    // Feeds an answer's header line to reader; true when it made a reply.
+    bool feedFrame(vekmaster::VekFrameReader& reader, const Json& answer);
     // The "error" of a refusal's body, or the body itself.
     static std::string errorOf(const std::string& body);
 
