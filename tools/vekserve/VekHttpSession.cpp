@@ -62,15 +62,13 @@ void VekHttpSession::read() {
     parser_->body_limit(server_.config().bodyLimit);
     parser_->header_limit(kHeaderLimit);
     stream_.expires_never();
-    reading_ = true;
-    timedOut_ = false;
-    answered_ = false;
+    state_ = State::Reading;
     deadline_.expires_after(std::chrono::milliseconds(server_.config().clientTimeoutMs));
     deadline_.async_wait([self = shared_from_this()](beast::error_code ec) {
-        if (ec || !self->reading_) {
+        if (ec || self->state_ != State::Reading) {
             return;
         }
-        self->timedOut_ = true;
+        self->state_ = State::TimedOut;
         beast::error_code ignored;
         self->stream_.socket().cancel(ignored);
     });
@@ -79,11 +77,12 @@ void VekHttpSession::read() {
 }
 
 void VekHttpSession::onRead(beast::error_code ec) {
-    reading_ = false;
     deadline_.cancel();
-    if (finished_) {
+    if (state_ == State::Finished) {
         return;
     }
+    const bool timedOut = state_ == State::TimedOut;
+    state_ = State::Handling;
     if (ec == http::error::body_limit) {
         refuse(413, "the body is larger than " + std::to_string(server_.config().bodyLimit) +
                         " bytes");
@@ -94,7 +93,7 @@ void VekHttpSession::onRead(beast::error_code ec) {
                         " bytes");
         return;
     }
-    if (timedOut_ && parser_->got_some()) {
+    if (timedOut && parser_->got_some()) {
         refuse(408, "the request did not come whole within " +
                         std::to_string(server_.config().clientTimeoutMs) + " ms");
         return;
@@ -124,8 +123,9 @@ void VekHttpSession::handle() {
     request_.upgrade = beast::websocket::is_upgrade(message);
     request_.id = header(message, kRequestId);
     request_.splitTarget();
-    keepAlive_ = message.keep_alive();
-    busy_ = true;
+    if (after_ == After::Next && !message.keep_alive()) {
+        after_ = After::Close;
+    }
 
     // A proxy in front and this server could each take a different one of two: take none.
     for (const http::field field : {http::field::host, http::field::origin}) {
@@ -182,9 +182,7 @@ void VekHttpSession::handle() {
 }
 
 void VekHttpSession::refuse(int status, const std::string& why) {
-    keepAlive_ = false;
-    linger_ = true;
-    busy_ = true;
+    after_ = After::Linger;
     answer(status, error(why));
 }
 
@@ -217,14 +215,14 @@ void VekHttpSession::setHeaders(http::fields& fields, const std::string& type,
 }
 
 void VekHttpSession::send(Answer answer) {
-    if (finished_ || !busy_ || answered_) {
+    if (state_ != State::Handling) {
         return;
     }
-    answered_ = true;
+    state_ = State::Answering;
     plain_ = std::make_shared<http::response<http::string_body>>(
         static_cast<http::status>(answer.status), 11);
     setHeaders(*plain_, answer.type, answer.headers);
-    plain_->keep_alive(keepAlive_ && !closing_);
+    plain_->keep_alive(after_ == After::Next);
     plain_->body() = std::move(answer.body);
     plain_->prepare_payload();
     stream_.expires_after(std::chrono::milliseconds(server_.config().clientTimeoutMs));
@@ -246,11 +244,11 @@ std::shared_ptr<VekBodyStream> VekHttpSession::answerStream(int status, const st
         });
     });
     net::post(io, [self = shared_from_this(), stream, status, type, length, headers] {
-        if (self->finished_ || !self->busy_ || self->answered_) {
+        if (self->state_ != State::Handling) {
             stream->close();
             return;
         }
-        self->answered_ = true;
+        self->state_ = State::Answering;
         self->body_ = stream;
         self->sendHead(status, type, length, headers);
     });
@@ -261,7 +259,7 @@ void VekHttpSession::sendHead(int status, const std::string& type, uint64_t leng
                               const Headers& headers) {
     streamed_.emplace(static_cast<http::status>(status), 11);
     setHeaders(*streamed_, type, headers);
-    streamed_->keep_alive(keepAlive_ && !closing_);
+    streamed_->keep_alive(after_ == After::Next);
     streamed_->content_length(length);
     streamed_->body().data = nullptr;
     streamed_->body().more = true;
@@ -281,7 +279,7 @@ void VekHttpSession::sendHead(int status, const std::string& type, uint64_t leng
 }
 
 void VekHttpSession::pump() {
-    if (!body_ || writing_ || finished_) {
+    if (!body_ || writing_ || state_ == State::Finished) {
         return;
     }
     const VekBodyStream::Take took = body_->take(chunk_);
@@ -323,14 +321,11 @@ void VekHttpSession::pump() {
 }
 
 void VekHttpSession::sent(beast::error_code ec) {
-    busy_ = false;
     plain_.reset();
-    if (ec) {
+    if (ec || after_ == After::Close) {
         finish();
-    } else if (linger_) {
+    } else if (after_ == After::Linger) {
         linger();
-    } else if (!keepAlive_ || closing_) {
-        finish();
     } else {
         read();
     }
@@ -343,6 +338,7 @@ void VekHttpSession::linger() {
         finish();
         return;
     }
+    state_ = State::Lingering;
     // A deadline of our own: the stream's expiry is not enforced against a client that
     // keeps the reads coming.
     stream_.expires_never();
@@ -372,17 +368,19 @@ void VekHttpSession::drain() {
 }
 
 void VekHttpSession::shutdown() {
-    closing_ = true;
-    if (!busy_) {
+    if (after_ == After::Next) {
+        after_ = After::Close;
+    }
+    if (!busy()) {
         finish();
     }
 }
 
 void VekHttpSession::finish() {
-    if (finished_) {
+    if (state_ == State::Finished) {
         return;
     }
-    finished_ = true;
+    state_ = State::Finished;
     if (body_) {
         body_->close();
     }

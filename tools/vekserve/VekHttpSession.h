@@ -67,23 +67,33 @@ private:
     // this session on the server's thread.
     std::shared_ptr<VekHttpExchange> exchange();
 
+    enum class State {
+        Reading,   // a request, within the deadline
+        TimedOut,  // the deadline passed while reading: the read ends cancelled
+        Handling,  // read whole and handed on; no answer yet
+        Answering, // its answer is being written
+        Lingering, // the answer is out; what the client still sends is read and dropped
+        Finished,
+    };
+    // What follows the answer under way.
+    enum class After {
+        Next,    // the next request on this connection
+        Close,   // the client asked for no more, or the server stops
+        Linger,  // the request's body may be unread: let the client read the answer first
+    };
+    bool busy() const { return state_ == State::Handling || state_ == State::Answering; }
+
     VekHttpServer& server_;
     boost::beast::tcp_stream stream_;
     boost::beast::flat_buffer buffer_;
     std::optional<boost::beast::http::request_parser<boost::beast::http::string_body>> parser_;
     VekHttpRequest request_;
     std::string client_;
-    bool keepAlive_ = false;
-    bool busy_ = false;     // a request is being answered
-    bool closing_ = false;  // no request is read after the answer under way
-    bool finished_ = false;
-    bool answered_ = false;  // the request under way has its answer
-    bool linger_ = false;    // its body may be unread: let the client read the answer first
+    State state_ = State::Reading;
+    After after_ = After::Next;
     // The time a request has to come whole. Not the stream's own expiry, which would
     // close the socket before a 408 could say why.
     boost::asio::steady_timer deadline_;
-    bool reading_ = false;
-    bool timedOut_ = false;
 
     std::shared_ptr<boost::beast::http::response<boost::beast::http::string_body>> plain_;
     std::optional<boost::beast::http::response<boost::beast::http::buffer_body>> streamed_;
