@@ -45,6 +45,7 @@ private:
     void files(const ExchangePtr& exchange, const Params& params);
     void file(const ExchangePtr& exchange, const Params& params);
     void profile(const ExchangePtr& exchange);
+    void trace(const ExchangePtr& exchange, const Params& params);
     void deviceCurve(const ExchangePtr& exchange, const Params& params);
     void curve(const ExchangePtr& exchange);
     // 400 for a value outside the profile's ranges, with the field and its range.
