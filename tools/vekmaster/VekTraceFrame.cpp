@@ -71,16 +71,30 @@ VekTraceFrame VekTraceFrame::parse(const std::string& bytes) {
     return f;
 }
 
+std::vector<std::pair<std::string, size_t>> VekTraceFrame::slots(const VekFieldSignature& fields) {
+    std::vector<std::pair<std::string, size_t>> out;
+    bool single = false;  // the last slot is single fields only
+    for (const VekFieldSignature::Slot& slot : fields.slots()) {
+        if (single && slot.count == 1 && out.back().first == slot.name) {
+            ++out.back().second;
+            continue;
+        }
+        out.emplace_back(slot.name, slot.count);
+        single = slot.count == 1;
+    }
+    return out;
+}
+
 std::vector<std::pair<std::string, std::string>> VekTraceFrame::named(
     const VekMessageCatalog& catalog) const {
     std::vector<std::pair<std::string, std::string>> out;
     const VekFieldSignature* fields = frame ? signature(catalog, feature(), message()) : nullptr;
     size_t at = 0;
     if (fields != nullptr) {
-        for (const VekFieldSignature::Slot& slot : fields->slots()) {
-            const bool array = slot.count != 1;
-            for (size_t k = 0; at < payload.size() && (slot.count == 0 || k < slot.count); ++k) {
-                out.emplace_back(array ? slot.name + '[' + std::to_string(k) + ']' : slot.name,
+        for (const auto& slot : slots(*fields)) {
+            const bool array = slot.second != 1;
+            for (size_t k = 0; at < payload.size() && (slot.second == 0 || k < slot.second); ++k) {
+                out.emplace_back(array ? slot.first + '[' + std::to_string(k) + ']' : slot.first,
                                  payload[at++]);
             }
         }

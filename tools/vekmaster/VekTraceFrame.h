@@ -23,6 +23,10 @@ struct VekTraceFrame {
     bool response() const;
 
     static VekTraceFrame parse(const std::string& bytes);
+    // A record's fields as (name, count) in wire order: count 1 one field, N an array, 0 a
+    // list taking the rest; single fields that share a name (a record that lists an
+    // array's elements one by one) are one array.
+    static std::vector<std::pair<std::string, size_t>> slots(const VekFieldSignature& fields);
     // The payload as name=value pairs: "channelGain[0]" for an array's elements, "files[2]"
     // for a list's, "field3" where the message is unknown or has fewer fields.
     std::vector<std::pair<std::string, std::string>> named(const VekMessageCatalog& catalog) const;
