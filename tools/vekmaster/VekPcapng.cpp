@@ -154,6 +154,9 @@ std::string VekPcapng::decode(const std::string& in, VekTrace& trace) {
         }
         const uint32_t type = get32(in, at);
         const uint32_t total = get32(in, at + 4);
+        if (at == 0 && type != kSectionHeader) {
+            return "not a pcapng file (it does not begin with a section header)";
+        }
         if (total < 12 || total % 4 != 0 || at + total > in.size()) {
             return "a block at byte " + std::to_string(at) + " has a bad length";
         }
