@@ -67,4 +67,17 @@ TEST(ServeTraceTest, EachLinesTraceIsDownloadedAndTheCaptureFileHoldsTheSameFram
     EXPECT_EQ(frames(file), seen);
 }
 
+TEST(ServeTraceTest, TheTraceNeedsTheTokenLikeEveryRoute) {
+    CabledDaemon daemon;
+    const std::string token = "a-token-for-the-trace-test";
+    MasterRun::TempFile tokenFile(token + "\n");
+    ServeRig serve({daemon.path()}, {"--token-file=" + tokenFile.path()}, token);
+    ASSERT_TRUE(serve.ready()) << serve.output();
+    EXPECT_EQ(serve.call("GET", "/api/devices/0/trace").status, 401);
+    const ServeRig::Reply got =
+        serve.call("GET", "/api/devices/0/trace", "", {{"Authorization", "Bearer " + token}});
+    EXPECT_EQ(got.status, 200);
+    EXPECT_EQ(got.body.compare(0, 4, "\x0a\x0d\x0d\x0a"), 0);
+}
+
 }  // namespace
