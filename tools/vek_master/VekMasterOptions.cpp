@@ -194,8 +194,8 @@ std::string VekMasterOptions::checkServing() const {
         if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
             return "serve takes --device, --devices, --baudRate, --timeout, --window, "
-                   "--listen, --token-file, --queue, --client-timeout, --max-clients and "
-                   "--profile";
+                   "--listen, --token-file, --queue, --client-timeout, --max-clients, "
+                   "--profile and --trace";
         }
         return "";
     }
