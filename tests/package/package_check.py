@@ -12,6 +12,7 @@ import shutil
 import signal
 import struct
 import subprocess
+import glob
 import sys
 import tempfile
 import time
@@ -127,6 +128,10 @@ def cmd_contents(args):
             with open(os.path.join(control, "conffiles")) as f:
                 check(f.read().split() == ["/etc/default/vek_tuner"],
                       "conffiles must list /etc/default/vek_tuner")
+        else:
+            # Where Wireshark looks for Lua plugins of every version (tshark -G folders).
+            check(glob.glob(root + "/usr/lib/*/wireshark/plugins/vek_tuner.lua"),
+                  "the dissector /usr/lib/<triple>/wireshark/plugins/vek_tuner.lua is missing")
 
 
 # --- running the extracted programs --------------------------------------------------

@@ -59,7 +59,8 @@ constexpr Text kTexts[] = {
     {"--script=", &VekMasterOptions::script},       {"--launch=", &VekMasterOptions::launch},
     {"--log=", &VekMasterOptions::log},             {"--output=", &VekMasterOptions::output},
     {"--listen=", &VekMasterOptions::listen},       {"--token-file=", &VekMasterOptions::tokenFile},
-    {"--connect=", &VekMasterOptions::connect},
+    {"--connect=", &VekMasterOptions::connect},     {"--trace=", &VekMasterOptions::trace},
+    {"--timing=", &VekMasterOptions::timing},
 };
 
 constexpr Number kNumbers[] = {
@@ -179,6 +180,9 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if (!launch.empty() && (!devices.empty() || !devicesFile.empty())) {
         return "--device and --launch exclude each other";
     }
+    if (!timing.empty() && !tracing()) {
+        return "--timing goes with trace replay";
+    }
     return "";
 }
 
@@ -190,8 +194,8 @@ std::string VekMasterOptions::checkServing() const {
         if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
             return "serve takes --device, --devices, --baudRate, --timeout, --window, "
-                   "--listen, --token-file, --queue, --client-timeout, --max-clients and "
-                   "--profile";
+                   "--listen, --token-file, --queue, --client-timeout, --max-clients, "
+                   "--profile and --trace";
         }
         return "";
     }
@@ -206,6 +210,10 @@ std::string VekMasterOptions::checkServing() const {
     }
     if (!devices.empty() || !devicesFile.empty() || !launch.empty()) {
         return "--connect and --device, --devices or --launch exclude each other";
+    }
+    if (!trace.empty()) {
+        return "--trace does not go with --connect: the server's line is not ours to capture "
+               "(give it to vek_master serve, or download GET /api/devices/{n}/trace)";
     }
     if (force) {
         return "--force does not go with --connect: the server checks every value against "

@@ -27,6 +27,8 @@ struct VekMasterOptions {
     std::string output;                   // where the answer's raw data or a document goes
     bool dryRun = false;                  // apply: list the requests, set nothing
     bool bypass = false;                  // apply: hold the audio bypass on meanwhile
+    std::string trace;                    // the capture file every line's frames go to
+    std::string timing;                   // trace replay: "original" keeps the recorded gaps
     // serve: where to listen, the token clients must bring, the limits per client.
     std::string listen;
     std::string tokenFile;  // also for --connect
@@ -51,6 +53,8 @@ struct VekMasterOptions {
     std::string parse(int argc, char** argv);
     // The command is `serve`.
     bool serving() const { return !words.empty() && words[0] == "serve"; }
+    // The command is `trace ...`.
+    bool tracing() const { return !words.empty() && words[0] == "trace"; }
     // An option of curve is given.
     bool curving() const { return !svg.empty() || csv || !document.empty() || points != 0; }
     // "" or why the options of serve and --connect do not go together.

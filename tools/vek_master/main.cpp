@@ -25,6 +25,8 @@
 #include "VekRemoteAccess.h"
 #include "VekSerialLine.h"
 #include "VekServe.h"
+#include "VekTraceCommand.h"
+#include "VekTraceFile.h"
 
 using namespace vekmaster;
 
@@ -67,6 +69,10 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
         "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
         "                        [--profile=FILE]\n"
+        "       vek_master trace show FILE [--json]\n"
+        "       vek_master trace from-log LOG --output=FILE\n"
+        "       vek_master trace replay FILE (--launch=DAEMON [-- ARGS] | --device=PATH)\n"
+        "                        [--timing=original]\n"
         "Sends requests to a vek_tuner slave over its serial line and prints the answers:\n"
         "the answer's fields as name=value lines, then OK or NG.\n"
         "\n"
@@ -128,7 +134,19 @@ void printHelp(const VekMessageCatalog& catalog) {
         "                  its range is refused with status 64 and nothing is sent\n"
         "  --force         send a message's value outside the profile's range anyway (it\n"
         "                  says so on standard error)\n"
+        "  --trace=FILE    write every frame each way on every line, and every stray\n"
+        "                  byte, to the capture file FILE (pcapng; serve too)\n"
         "  --help          print this text\n"
+        "\n"
+        "Traces (pcapng capture files):\n"
+        "  trace show FILE       print each packet: time (UTC), line, -> to the device or\n"
+        "                        <- to the master, the frame; --json: one object a packet\n"
+        "  trace from-log LOG    the daemon's receive and send dumps in LOG (its output,\n"
+        "                        or journalctl -o short-iso-precise) as a trace, --output=FILE\n"
+        "  trace replay FILE     send the master's frames again and compare every answer\n"
+        "                        with the recorded one (not the numbers, times or paths);\n"
+        "                        --timing=original keeps the recorded gaps; exit 1 on a\n"
+        "                        difference\n"
         "\n"
         "Messages and their ARGs, in wire order (a list takes every ARG left):\n"
         "%s"
@@ -348,7 +366,7 @@ void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
 }
 
 // vek_master serve: the lines, the listen address and the token, checked, then served.
-int serve(VekMasterOptions& options) {
+int serve(VekMasterOptions& options, VekTraceSink* trace) {
     bool unreadable = false;
     std::string problem = options.resolveDevices(unreadable);
     if (unreadable) {
@@ -376,6 +394,7 @@ int serve(VekMasterOptions& options) {
                      "client must then bring");
     }
     config.devices = options.devices;
+    config.trace = trace;
     config.baudRate = options.baudRate;
     config.timeoutMs = options.timeoutMs;
     config.window = options.window > 0 ? static_cast<int>(options.window) : config.window;
@@ -421,7 +440,8 @@ std::string stats(const DeviceRun& run) {
            std::to_string(run.ms) + " ms";
 }
 
-int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands) {
+int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+                VekTraceSink* trace) {
     VekDaemonLauncher launcher;
     std::string log;
     std::string problem = launcher.start(options.launch, options.daemonArgs, options.log, log);
@@ -439,6 +459,10 @@ int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterComm
     } else {
         VekSerialLine line;
         line.adopt(launcher.line());
+        if (trace != nullptr) {
+            line.trace({trace}, launcher.device());
+            line.noteReceived("HELLO!\n" + rest);
+        }
         VekMasterSession session(line, options.timeoutMs);
         session.preload(rest);
         DeviceRun run;
@@ -456,8 +480,11 @@ int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterComm
 }
 
 void runDevice(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
-               bool several, DeviceRun& run) {
+               bool several, VekTraceSink* trace, DeviceRun& run) {
     VekSerialLine line;
+    if (trace != nullptr) {
+        line.trace({trace}, run.device);
+    }
     const std::string unusable = line.open(run.device, options.baudRate);
     if (unusable.empty() && !line.latencyNote().empty()) {
         complain(line.latencyNote());
@@ -491,8 +518,30 @@ int main(int argc, char** argv) {
     if (profiled != VekExitStatus::kOk) {
         return profiled;
     }
+    if (options.tracing()) {
+        problem = VekTraceCommand::check(options);
+        if (!problem.empty()) {
+            return usage(problem);
+        }
+        std::string out;
+        std::string err;
+        const int status = VekTraceCommand::run(options, out, err);
+        print(out);
+        print(err, stderr);
+        return status;
+    }
+    VekTraceFile traceFile;
+    VekTraceSink* trace = nullptr;
+    if (!options.trace.empty()) {
+        problem = traceFile.open(options.trace);
+        if (!problem.empty()) {
+            complain(problem);
+            return VekExitStatus::kIo;
+        }
+        trace = &traceFile;
+    }
     if (options.serving()) {
-        return serve(options);
+        return serve(options, trace);
     }
     std::vector<VekMasterCommand> commands;
     catalog.setLimited(!options.force);
@@ -517,7 +566,7 @@ int main(int argc, char** argv) {
         return usage(problem);
     }
     if (!options.launch.empty()) {
-        return runLaunched(options, commands);
+        return runLaunched(options, commands, trace);
     }
     if (!options.connect.empty() && needsLine(commands)) {
         return runConnected(options, catalog, commands);
@@ -537,7 +586,7 @@ int main(int argc, char** argv) {
         runs[i].index = static_cast<int>(i);
     }
     VekDeviceRunner::forEach(runs.size(),
-                             [&](size_t i) { runDevice(options, commands, several, runs[i]); });
+                             [&](size_t i) { runDevice(options, commands, several, trace, runs[i]); });
     int worst = VekExitStatus::kOk;
     for (const DeviceRun& run : runs) {
         worst = std::max(worst, run.status);

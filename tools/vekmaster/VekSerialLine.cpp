@@ -16,6 +16,12 @@ namespace vekmaster {
 
 namespace {
 
+int64_t nowUs() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
 std::string reason(const char* what, const std::string& device) {
     const int err = errno;
     return std::string("cannot ") + what + ' ' + device + ": " + std::strerror(err);
@@ -24,6 +30,13 @@ std::string reason(const char* what, const std::string& device) {
 }  // namespace
 
 VekSerialLine::~VekSerialLine() {
+    if (!sinks_.empty()) {
+        std::vector<VekTracePacket> rest;
+        received_.flush(nowUs(), rest);
+        handOn(rest, false);
+        sent_.flush(nowUs(), rest);
+        handOn(rest, true);
+    }
     if (owned_ && fd_ >= 0) {
         ::close(fd_);
     }
@@ -84,6 +97,7 @@ ssize_t VekSerialLine::receive(char* buffer, size_t size, int timeoutMs) {
     }
     const ssize_t n = ::read(fd_, buffer, size);
     if (n > 0) {
+        tap(received_, false, buffer, static_cast<size_t>(n));
         return n;
     }
     if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
@@ -102,6 +116,7 @@ bool VekSerialLine::send(const std::string& bytes, int timeoutMs) {
     while (done < bytes.size()) {
         const ssize_t n = ::write(fd_, bytes.data() + done, bytes.size() - done);
         if (n > 0) {
+            tap(sent_, true, bytes.data() + done, static_cast<size_t>(n));
             done += static_cast<size_t>(n);
             continue;
         }
@@ -117,6 +132,35 @@ bool VekSerialLine::send(const std::string& bytes, int timeoutMs) {
         }
     }
     return true;
+}
+
+void VekSerialLine::trace(std::vector<VekTraceSink*> sinks, std::string path) {
+    sinks_ = std::move(sinks);
+    tracePath_ = std::move(path);
+}
+
+void VekSerialLine::noteReceived(const std::string& bytes) {
+    tap(received_, false, bytes.data(), bytes.size());
+}
+
+void VekSerialLine::tap(VekTraceSplitter& splitter, bool outbound, const char* data,
+                        size_t size) {
+    if (sinks_.empty()) {
+        return;
+    }
+    std::vector<VekTracePacket> packets;
+    splitter.feed(data, size, nowUs(), packets);
+    handOn(packets, outbound);
+}
+
+void VekSerialLine::handOn(std::vector<VekTracePacket>& packets, bool outbound) {
+    for (VekTracePacket& packet : packets) {
+        packet.outbound = outbound;
+        for (VekTraceSink* sink : sinks_) {
+            sink->record(tracePath_, packet);
+        }
+    }
+    packets.clear();
 }
 
 }  // namespace vekmaster

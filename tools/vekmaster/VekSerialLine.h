@@ -6,6 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "VekTraceSink.h"
+#include "VekTraceSplitter.h"
 
 namespace vekmaster {
 
@@ -33,12 +37,24 @@ public:
     // Writes every byte within timeoutMs; false when the line failed or stayed full.
     bool send(const std::string& bytes, int timeoutMs);
 
+    // From now on every frame each way, and every stray byte, goes to the sinks as a
+    // packet under path (the line's name in a trace).
+    void trace(std::vector<VekTraceSink*> sinks, std::string path);
+    // Bytes someone else read off this line (the launcher, up to the greeting).
+    void noteReceived(const std::string& bytes);
+
 private:
     void askLowLatency(const std::string& device);
+    void tap(VekTraceSplitter& splitter, bool outbound, const char* data, size_t size);
+    void handOn(std::vector<VekTracePacket>& packets, bool outbound);
 
     int fd_ = -1;
     bool owned_ = false;
     std::string latencyNote_;
+    std::vector<VekTraceSink*> sinks_;
+    std::string tracePath_;
+    VekTraceSplitter received_;
+    VekTraceSplitter sent_;
 };
 
 }  // namespace vekmaster

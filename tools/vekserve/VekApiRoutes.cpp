@@ -66,6 +66,9 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
               bind(&VekApiRoutes::files));
     table.add("GET", "/api/devices/{}/files/{}/{}", "the content of a feature's file N, any size",
               bind(&VekApiRoutes::file));
+    table.add("GET", "/api/devices/{}/trace",
+              "the line's latest traffic (16 MiB at most), every frame each way, as pcapng",
+              bind(&VekApiRoutes::trace));
     table.add("GET", "/api/profile",
               "the device profile in use: band values' meaning, every value's range",
               [this](const ExchangePtr& e, const Params&) { profile(e); });
@@ -390,6 +393,19 @@ VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& br
 
 void VekApiRoutes::profile(const ExchangePtr& exchange) {
     exchange->answer(200, VekDeviceProfile::inUse()->json());
+}
+
+void VekApiRoutes::trace(const ExchangePtr& exchange, const Params& params) {
+    const VekLineWorker* target = line(exchange, params[0]);
+    if (target == nullptr) {
+        return;
+    }
+    // The ring takes its own lock: the line's thread goes on recording meanwhile.
+    exchange->answerBytes(
+        200, "application/x-pcapng", target->trace().pcapng(),
+        {{"Content-Disposition", "attachment; filename=\"vek-device" +
+                                    std::to_string(VekRequestBody::index(params[0], lines_.size())) +
+                                    ".pcapng\""}});
 }
 
 void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params) {

@@ -47,6 +47,7 @@ private:
     void files(const ExchangePtr& exchange, const Params& params);
     void file(const ExchangePtr& exchange, const Params& params);
     void profile(const ExchangePtr& exchange);
+    void trace(const ExchangePtr& exchange, const Params& params);
     void deviceCurve(const ExchangePtr& exchange, const Params& params);
     void curve(const ExchangePtr& exchange);
     void batch(const ExchangePtr& exchange, const Params& params);

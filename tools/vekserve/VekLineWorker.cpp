@@ -309,6 +309,11 @@ bool VekLineWorker::openLine(std::string& problem) {
         latencyTold_ = true;  // once, not at every reopening
         log_(line_->latencyNote());
     }
+    std::vector<vekmaster::VekTraceSink*> sinks{&trace_};
+    if (config_.trace != nullptr) {
+        sinks.push_back(config_.trace);
+    }
+    line_->trace(std::move(sinks), path_);
     session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
     session_->setWindow(config_.window);
     session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,

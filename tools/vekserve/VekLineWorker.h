@@ -16,6 +16,7 @@
 #include "VekSerialLine.h"
 #include "VekServeConfig.h"
 #include "VekSettingsTable.h"
+#include "VekTraceRing.h"
 
 namespace vekserve {
 
@@ -54,6 +55,8 @@ public:
     // describe() as a state event.
     Json stateEvent() const;
     const std::string& path() const { return path_; }
+    // The line's latest traffic, every frame each way, for a download.
+    const vekmaster::VekTraceRing& trace() const { return trace_; }
 
 private:
     enum class State { Connecting, Connected, Disconnected };
@@ -88,6 +91,7 @@ private:
     VekEventHub& events_;
     Log log_;
     std::function<void()> stopped_;
+    vekmaster::VekTraceRing trace_;
     std::thread thread_;
 
     mutable std::mutex mutex_;

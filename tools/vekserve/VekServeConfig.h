@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "VekTraceSink.h"
+
 namespace vekserve {
 
 // How `vek_master serve` runs: the lines it owns, where it listens, and the limits that
@@ -26,6 +28,8 @@ struct VekServeConfig {
     int clientTimeoutMs = 15000;          // to send a request or take an answer
     size_t subscriberLimit = 4096;        // events waiting for one subscriber
     size_t maxClients = 256;              // connections open at once, WebSockets included
+    // vek_master --trace=FILE: every line's traffic also goes there (not owned; may be null).
+    vekmaster::VekTraceSink* trace = nullptr;
 
     // Reads HOST:PORT ("127.0.0.1:8741", "[::1]:8741", "localhost:0"); "" or what is
     // wrong with it.

@@ -6,12 +6,17 @@ const KEEP = 500;
 export function trafficPage(panel) {
   let body;
   let filter;
+  let lines;
+  let traceNote;
   const features = new Set();
   const page = {
     id: 'traffic', title: 'Traffic', perDevice: false,
     add(event) {
       if (!body) {
         build();
+      }
+      if (event.type === 'state' && !lines.querySelector(`option[value="${event.device}"]`)) {
+        lines.append(el('option', { value: String(event.device), text: `${event.device}: ${event.path}` }));
       }
       const feature = event.reply ? event.reply.feature : event.request ? event.request.feature : '';
       let text;
@@ -41,7 +46,34 @@ export function trafficPage(panel) {
     },
   };
 
+  // The server keeps each line's latest frames; the file opens in Wireshark with the
+  // dissector vek_master's package installs. Fetched with the token, then saved.
+  async function downloadTrace() {
+    const device = lines.value;
+    traceNote.textContent = '';
+    let response;
+    try {
+      response = await fetch(`/api/devices/${device}/trace`, { headers: panel.api.headers() });
+    } catch (failure) {
+      traceNote.textContent = `The server does not answer (${failure.message}).`;
+      return;
+    }
+    if (!response.ok) {
+      const answer = await response.json().catch(() => ({}));
+      traceNote.textContent = `No trace: ${answer.error || response.status}`;
+      return;
+    }
+    const url = URL.createObjectURL(await response.blob());
+    const link = el('a', { href: url, download: `vek-device${device}.pcapng` });
+    document.body.append(link);
+    link.click();
+    link.remove();
+    setTimeout(() => URL.revokeObjectURL(url), 60000);
+  }
+
   function build() {
+    lines = el('select', { id: 'trace-device', 'aria-label': 'The line whose trace to download' });
+    traceNote = el('span', { class: 'note', role: 'status' });
     body = el('tbody');
     filter = el('select', { 'aria-label': 'Show the traffic of feature', onchange: () => {
       for (const row of body.rows) {
@@ -50,7 +82,10 @@ export function trafficPage(panel) {
     } }, el('option', { value: '', text: 'every feature' }));
     page.section.replaceChildren(el('h2', { text: 'Traffic' }),
       el('div', { class: 'tools' }, el('label', {}, 'Feature ', filter),
-        el('button', { type: 'button', text: 'Clear', onclick: () => body.replaceChildren() })),
+        el('button', { type: 'button', text: 'Clear', onclick: () => body.replaceChildren() }),
+        el('label', {}, 'Trace of line ', lines),
+        el('button', { type: 'button', id: 'trace-download', text: 'Download trace (pcapng)', onclick: downloadTrace }),
+        traceNote),
       el('p', { class: 'note', text: `Every request and answer on every line, newest first (the last ${KEEP}); → a request, ← its answer, • a line's state.` }),
       el('div', { class: 'scroll' }, el('table', { id: 'traffic-log' },
         el('thead', {}, el('tr', {}, ['Time', 'Device', 'Client', '', 'Message'].map((t) => el('th', { scope: 'col', text: t })))),
