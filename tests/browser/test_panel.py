@@ -288,6 +288,24 @@ def test_an_out_of_range_value_is_refused_in_the_page_with_nothing_sent(rig, bro
     assert len(rig.received(0, r"SetMasterRequest")) == before
 
 
+def test_the_traffic_page_downloads_the_lines_trace(rig, browser):
+    browser.open(device=1)  # reads device 1's gains, among others
+    browser.tab("traffic")
+    Select(browser.driver.find_element(By.ID, "trace-device")).select_by_index(1)
+    # The file the page hands to the browser, caught as it is made.
+    browser.driver.execute_script(
+        "window.vekTrace = null; const make = URL.createObjectURL;"
+        "URL.createObjectURL = (blob) => { blob.arrayBuffer().then((b) => {"
+        " window.vekTrace = Array.from(new Uint8Array(b)); }); return make(blob); };")
+    browser.driver.find_element(By.ID, "trace-download").click()
+    browser.wait(lambda d: d.execute_script("return window.vekTrace") is not None)
+    trace = bytes(browser.driver.execute_script("return window.vekTrace"))
+    # A pcapng section header, and device 1's line named in its interface.
+    assert trace[:4] == bytes([0x0A, 0x0D, 0x0D, 0x0A])
+    assert rig.daemons[1].path.encode() in trace
+    assert b"GetMasterResponse" in trace
+
+
 def test_a_lost_line_greys_the_controls_and_a_new_greeting_brings_the_values_back(rig, browser):
     browser.open(device=1)
     browser.tab("gain")
