@@ -4,6 +4,7 @@
 
 #include "VekChannelBands.h"
 #include "VekExitHttp.h"
+#include "VekHttpDispatch.h"
 #include "VekRequestBody.h"
 #include "VekStreamSink.h"
 #include "VekTuningDiff.h"
@@ -77,10 +78,13 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
               bind(&VekApiRoutes::deviceCurve));
     table.add("POST", "/api/curve", "{\"bands\": [[six values], ...], \"points\": N}: their response",
               [this](const ExchangePtr& e, const Params&) { curve(e); });
-    table.add("GET", "/api/events",
+    // Reached without an upgrade: the upgrade itself never comes to a route.
+    table.add("GET", VekHttpDispatch::kEventsPath,
               "WebSocket: every request and answer on every line, and line states",
               [](const ExchangePtr& e, const Params&) {
-                  e->answer(426, VekHttpExchange::error("/api/events is a WebSocket"),
+                  e->answer(426,
+                            VekHttpExchange::error(std::string(VekHttpDispatch::kEventsPath) +
+                                                   " is a WebSocket"),
                             {{"Upgrade", "websocket"}});
               });
 }

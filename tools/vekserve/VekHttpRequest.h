@@ -7,6 +7,9 @@ namespace vekserve {
 
 // An HTTP request as the routes see it, apart from the library that read it.
 struct VekHttpRequest {
+    // A client's name for its request, repeated in the answer and the events it causes.
+    static constexpr const char* kIdHeader = "Vek-Request-Id";
+
     std::string method;  // "GET"
     std::string target;  // as sent: "/api/devices/0/apply?dry_run=1"
     std::string path;    // the target up to '?'

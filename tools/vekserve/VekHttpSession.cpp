@@ -7,6 +7,7 @@
 #include <chrono>
 
 #include "VekEventsSession.h"
+#include "VekHttpDispatch.h"
 #include "VekValueJson.h"
 
 namespace vekserve {
@@ -23,8 +24,7 @@ constexpr uint32_t kHeaderLimit = 16 * 1024;
 // and how much more of what it sends is read meanwhile.
 constexpr auto kLinger = std::chrono::seconds(2);
 constexpr size_t kLingerBytes = 64 * 1024;
-// A client's name for its request, repeated in the answer and the events it causes.
-constexpr const char* kRequestId = "Vek-Request-Id";
+constexpr const char* kRequestId = VekHttpRequest::kIdHeader;
 
 template <typename Field>
 std::string header(const http::request<http::string_body>& request, Field field) {
@@ -136,48 +136,11 @@ void VekHttpSession::handle() {
             return;
         }
     }
-    if (!VekHttpRequest::validId(request_.id)) {
-        answer(400, error(std::string(kRequestId) +
-                          " is 1 to 64 letters, digits and . _ : - (it names the request in "
-                          "the events)"));
-        return;
-    }
-    if (request_.id.empty()) {
-        request_.id = server_.nextRequestId();
-    }
-    VekRouteTable::Params params;
-    std::string allowed;
-    const VekRouteTable::Route* route =
-        server_.routes().match(request_.method, request_.path, params, allowed);
-    // The panel's own files hold nothing of a device: a browser gets the page that asks
-    // for the token without one. The API and the events still need it.
-    const VekStaticAssets::Asset* asset =
-        route == nullptr && allowed.empty() && !request_.upgrade && request_.method == "GET"
-            ? server_.assets().find(request_.path)
-            : nullptr;
-    std::string why;
-    const int denied = server_.guard().check(request_, why, asset == nullptr);
-    if (denied != 0) {
-        answer(denied, error(why),
-               denied == 401 ? Headers{{"WWW-Authenticate", "Bearer"}} : Headers{});
-        return;
-    }
-    if (request_.upgrade && request_.path == "/api/events") {
+    if (VekHttpDispatch(server_).dispatch(request_, exchange()) ==
+        VekHttpDispatch::Verdict::Upgrade) {
         std::make_shared<VekEventsSession>(stream_.release_socket(), server_)
             ->accept(parser_->release());
         finish();
-        return;
-    }
-    if (route != nullptr) {
-        route->handler(exchange(), params);
-    } else if (asset != nullptr) {
-        answerBytes(200, asset->type, asset->bytes);
-    } else if (!allowed.empty()) {
-        answer(405, error(request_.method + " is not for " + request_.path + " (" + allowed + " is)"),
-               {{"Allow", allowed}});
-    } else {
-        answer(404, error("no route " + request_.method + ' ' + request_.path +
-                          " (GET /api lists them)"));
     }
 }
 

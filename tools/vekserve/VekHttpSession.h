@@ -20,7 +20,7 @@
 namespace vekserve {
 
 // One client's HTTP connection: reads a request (within the client timeout and the
-// body limit), checks who sends it, hands it to its route and writes the answer, then
+// body limit), hands it to the dispatch (VekHttpDispatch) and writes the answer, then
 // the next request. One request at a time; the answer may come from another thread.
 class VekHttpSession : public VekHttpExchange,
                        public VekConnection,
