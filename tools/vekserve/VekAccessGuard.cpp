@@ -4,15 +4,11 @@
 
 #include <cctype>
 
+#include "VekHostPort.h"
+
 namespace vekserve {
 
 namespace {
-
-bool ipAddress(const std::string& name) {
-    unsigned char address[sizeof(in6_addr)];
-    return inet_pton(AF_INET, name.c_str(), address) == 1 ||
-           inet_pton(AF_INET6, name.c_str(), address) == 1;
-}
 
 // A comparison that takes as long whatever the first difference, so a token cannot be
 // guessed byte by byte from the time an answer takes.
@@ -27,24 +23,12 @@ bool sameSecret(const std::string& a, const std::string& b) {
 }  // namespace
 
 bool VekAccessGuard::ours(const std::string& authority) const {
-    std::string name;
-    std::string port;
-    if (!authority.empty() && authority[0] == '[') {
-        const size_t close = authority.find(']');
-        if (close == std::string::npos) {
-            return false;
-        }
-        name = authority.substr(1, close - 1);
-        const std::string rest = authority.substr(close + 1);
-        if (!rest.empty() && rest[0] != ':') {
-            return false;
-        }
-        port = rest.empty() ? "" : rest.substr(1);
-    } else {
-        const size_t colon = authority.find(':');
-        name = authority.substr(0, colon);
-        port = colon == std::string::npos ? "" : authority.substr(colon + 1);
+    VekHostPort parts;
+    if (!VekHostPort::split(authority, parts)) {
+        return false;
     }
+    std::string name = parts.host;
+    const std::string& port = parts.port;
     for (char& c : name) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
@@ -56,7 +40,7 @@ bool VekAccessGuard::ours(const std::string& authority) const {
                           (inet_pton(AF_INET, name.c_str(), &v4) == 1 &&
                            (ntohl(v4.s_addr) >> 24) == 127);
     const bool wildcard = config_.host == "0.0.0.0" || config_.host == "::";
-    return loopback || name == config_.host || (wildcard && ipAddress(name));
+    return loopback || name == config_.host || (wildcard && VekHostPort::ipAddress(name));
 }
 
 int VekAccessGuard::check(const VekHttpRequest& request, std::string& why, bool needToken) const {

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "VekHostPort.h"
+
 namespace vekserve {
 
 namespace net = boost::asio;
@@ -39,25 +41,14 @@ std::string VekHttpClient::open(const std::string& url, const std::string& token
     if (!rest.empty() && rest.back() == '/') {
         rest.pop_back();
     }
-    std::string name;
-    if (!rest.empty() && rest[0] == '[') {
-        const size_t close = rest.find(']');
-        name = close == std::string::npos ? "" : rest.substr(1, close - 1);
-        rest = close == std::string::npos ? "" : rest.substr(close + 1);
-        host_ = '[' + name + ']';
-    } else {
-        const size_t colon = rest.find(':');
-        name = rest.substr(0, colon);
-        rest = colon == std::string::npos ? "" : rest.substr(colon);
-        host_ = name;
-    }
-    if (name.empty() || rest.size() < 2 || rest[0] != ':' ||
-        rest.find_first_not_of("0123456789", 1) != std::string::npos) {
+    VekHostPort parts;
+    if (!VekHostPort::split(rest, parts) || parts.host.empty() || parts.port.empty() ||
+        parts.port.find_first_not_of("0123456789") != std::string::npos) {
         return url + " is not http://HOST:PORT";
     }
-    port_ = rest.substr(1);
-    host_ += ':' + port_;
-    name_ = name;
+    name_ = parts.host;
+    port_ = parts.port;
+    host_ = (parts.bracketed ? '[' + name_ + ']' : name_) + ':' + port_;
     return "";
 }
 

@@ -7,23 +7,20 @@
 #include <cstring>
 #include <fstream>
 
+#include "VekHostPort.h"
+
 namespace vekserve {
 
 std::string VekServeConfig::listen(const std::string& text) {
-    const size_t colon = text.rfind(':');
-    if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
+    VekHostPort parts;
+    if (!VekHostPort::split(text, parts) || parts.host.empty() || parts.port.empty()) {
         return "--listen=" + text + " is not HOST:PORT";
     }
-    std::string name = text.substr(0, colon);
-    if (name.size() > 2 && name.front() == '[' && name.back() == ']') {
-        name = name.substr(1, name.size() - 2);
-    }
-    unsigned char address[sizeof(in6_addr)];
-    if (name != "localhost" && inet_pton(AF_INET, name.c_str(), address) != 1 &&
-        inet_pton(AF_INET6, name.c_str(), address) != 1) {
+    const std::string& name = parts.host;
+    if (name != "localhost" && !VekHostPort::ipAddress(name)) {
         return "--listen=" + text + ": " + name + " is not an IP address or localhost";
     }
-    const std::string digits = text.substr(colon + 1);
+    const std::string& digits = parts.port;
     char* end = nullptr;
     errno = 0;
     const long number = std::strtol(digits.c_str(), &end, 10);

@@ -34,6 +34,7 @@ TEST(ServeRulesTest, OnlyRequestsNamingThisServerPass) {
         EXPECT_EQ(guard.check(from(host), why), 0) << host;
     }
     for (const char* host : {"evil.example:8741", "127.0.0.1:8742", "127.0.0.1", "", "[::1",
+                             "[::1]8741", "[::1]x:8741",
                              "192.168.1.5:8741", "localhost.evil.example:8741"}) {
         EXPECT_EQ(guard.check(from(host), why), 403) << host;
     }
@@ -90,7 +91,11 @@ TEST(ServeRulesTest, ListenAddressesAndTheirReach) {
     EXPECT_FALSE(config.loopback());
     EXPECT_EQ(config.listen("localhost:80"), "");
     EXPECT_TRUE(config.loopback());
+    EXPECT_EQ(config.listen("::1:8741"), "");  // unbracketed: the last ':' begins the port
+    EXPECT_EQ(config.host, "::1");
+    EXPECT_EQ(config.port, 8741);
     EXPECT_EQ(config.listen("8741"), "--listen=8741 is not HOST:PORT");
+    EXPECT_EQ(config.listen("[::1:8741"), "--listen=[::1:8741 is not HOST:PORT");
     EXPECT_EQ(config.listen("host.example:8741"),
               "--listen=host.example:8741: host.example is not an IP address or localhost");
     EXPECT_EQ(config.listen("127.0.0.1:65536"),
