@@ -354,6 +354,9 @@ void VekPyLink::withAccess(Work&& work) {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
         closed = !access_;
+        if (session_ != nullptr) {
+            session_->setLimits(limits());  // use_profile() may have changed it since
+        }
         if (!closed) {
             work(*access_);
         }
@@ -365,10 +368,10 @@ void VekPyLink::withAccess(Work&& work) {
 
 void VekPyLink::force(bool on) {
     forced_ = on;
-    catalog_.setLimited(!on);
-    if (session_ != nullptr) {
-        session_->setLimited(!on);
-    }
+}
+
+std::shared_ptr<const vekmaster::VekDeviceProfile> VekPyLink::limits() const {
+    return forced_ || client_ != nullptr ? nullptr : vekmaster::VekDeviceProfile::inUse();
 }
 
 VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
@@ -381,20 +384,22 @@ VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotoco
             throw py::error_already_set();
         }
     }
+    vekmaster::VekCheckedRequest checked;
+    const vekmaster::VekError refused = catalog_.check(message, args, limits().get(), checked);
+    if (refused) {
+        throw py::value_error(refused.text);
+    }
     VekMasterReply reply;
-    withAccess([&](vekmaster::VekDeviceAccess& access) {
-        reply = access.request(message.feature, message.name, args, raw);
-    });
+    withAccess([&](vekmaster::VekDeviceAccess& access) { reply = access.send(checked, raw); });
     return reply;
 }
 
 const VekMasterMessage& VekPyLink::prepare(const std::string& feature, const std::string& name,
                                            const py::list& args, vekprotocol::VekFields& wire) {
-    const VekMasterMessage* message = catalog_.find(feature, name);
-    if (message == nullptr) {
-        const VekMasterMessage* none = nullptr;
-        vekprotocol::VekFields unused;
-        throw py::value_error(catalog_.prepare({feature, name}, none, unused));
+    const VekMasterMessage* message = nullptr;
+    const vekmaster::VekError unknown = catalog_.lookup({feature, name}, message);
+    if (unknown) {
+        throw py::value_error(unknown.text);
     }
     Json values = Json::array();
     for (size_t i = 0; i < args.size(); ++i) {

@@ -81,8 +81,8 @@ VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
 VekCommandResult VekCommandRunner::message(const VekMasterCommand& command) {
     VekCommandResult result;
     VekRawFileSink file(command.output);
-    const VekMasterReply& reply = access_.request(command.feature, command.name, command.args,
-                                                  command.output.empty() ? nullptr : &file);
+    const VekMasterReply& reply =
+        access_.send(command.request, command.output.empty() ? nullptr : &file);
     if (!reply.received) {
         return result.fail(VekExitStatus::of(reply), reply.problem);
     }

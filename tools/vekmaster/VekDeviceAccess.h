@@ -27,6 +27,10 @@ public:
     virtual const VekMasterReply& request(const std::string& feature, const std::string& name,
                                           const vekprotocol::VekFields& args,
                                           VekRawSink* raw) = 0;
+    // A request the catalogue has checked; the server of a remote device checks it anew.
+    virtual const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) {
+        return request(checked.message().feature, checked.message().name, checked.args(), raw);
+    }
     // The messages a batch is made of.
     virtual const VekMessageCatalog& catalog() const = 0;
     // Several messages, each with its reply (raw data kept in it); a session keeps its

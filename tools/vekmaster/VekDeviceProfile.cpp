@@ -8,7 +8,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "VekMasterReply.h"
 #include "VekMessageCatalog.h"
 #include "VekNames.h"
 #include "VekSettingsTable.h"
@@ -246,8 +245,7 @@ std::string VekDeviceProfile::read(const Json& json) {
     if (limits == nullptr || !limits->is_array()) {
         return "limits: expected an array of {feature, message, field, min, max, unit}";
     }
-    VekMasterReply scratch;
-    const VekMessageCatalog catalog(scratch);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     limits_.clear();
     for (size_t i = 0; i < limits->size(); ++i) {
         const Json& entry = (*limits)[i];

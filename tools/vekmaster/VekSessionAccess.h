@@ -19,6 +19,9 @@ public:
                                   const vekprotocol::VekFields& args, VekRawSink* raw) override {
         return session_.request(feature, name, args, raw);
     }
+    const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) override {
+        return session_.request(checked, raw);
+    }
     const VekMessageCatalog& catalog() const override { return session_.catalog(); }
     void exchange(VekMasterExchange::Batch& batch) override { session_.exchange(batch); }
     bool read(const Json* only, VekDeviceReading& reading) override;

@@ -36,8 +36,12 @@ const Json* settingsOf(const Json& document) {
 
 }  // namespace
 
-VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
-    : lines_(lines), catalog_(scratch_), table_(catalog_) {
+VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
+                           std::shared_ptr<const VekDeviceProfile> limits)
+    : lines_(lines),
+      profile_(std::move(limits)),
+      catalog_(VekMessageCatalog::shared()),
+      table_(VekSettingsTable::shared()) {
     const auto bind = [this](void (VekApiRoutes::*handler)(const ExchangePtr&, const Params&)) {
         return [this, handler](const ExchangePtr& e, const Params& p) { (this->*handler)(e, p); };
     };
@@ -148,31 +152,28 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     if (target == nullptr) {
         return;
     }
-    const VekMasterMessage* checked = nullptr;
-    vekprotocol::VekFields args;
-    const std::string problem =
-        VekRequestBody::message(catalog_, exchange->request().body, checked, args);
-    if (!problem.empty()) {
-        exchange->answer(400, refusal(problem, checked, args));
+    VekCheckedRequest checked;
+    const VekError problem =
+        VekRequestBody::message(catalog_, profile_.get(), exchange->request().body, checked);
+    if (problem) {
+        exchange->answer(400, refusal(problem));
         return;
     }
     const bool raw = exchange->request().flag("raw");
     if (!raw) {
         // Nothing to stream: the line may send it in one window with other clients'.
         VekLineJob job;
-        job.message = checked;
-        job.args = args;
+        job.request = checked;
         job.answer = [exchange](const VekMasterReply& reply) { answerReply(exchange, reply); };
         submit(exchange, *target, std::move(job));
         return;
     }
     submit(exchange, *target,
-           [exchange, raw, feature = checked->feature, name = checked->name, args](
-               VekMasterSession& session, VekSessionAccess& access) {
+           [exchange, raw, checked](VekMasterSession& session, VekSessionAccess& access) {
                Discard discard;
                VekStreamSink stream(exchange, session);
                VekRawSink* sink = raw ? static_cast<VekRawSink*>(&stream) : &discard;
-               const VekMasterReply& reply = access.request(feature, name, args, sink);
+               const VekMasterReply& reply = access.send(checked, sink);
                if (stream.started()) {
                    return;
                }
@@ -225,7 +226,7 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
         return;
     }
     const VekDeviceProfile::Breach breach =
-        VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
+        VekTuningDocument::outOfRange(table_, document, *profile_);
     if (breach.found()) {
         exchange->answer(400, rangeRefusal(breach));
         return;
@@ -347,15 +348,14 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
     auto answers = std::make_shared<std::vector<Json>>(list.size());
     auto batch = std::make_shared<VekMasterSession::Batch>();
     for (size_t i = 0; i < list.size(); ++i) {
-        VekMasterExchange request;
-        const std::string why = VekRequestBody::message(catalog_, list[i], request.message,
-                                                        request.args);
-        if (why.empty()) {
-            request.tag = i;
-            batch->push_back(std::move(request));
-        } else {
-            (*answers)[i] = answer(400, refusal(why, request.message, request.args));
+        VekCheckedRequest checked;
+        const VekError why = VekRequestBody::message(catalog_, profile_.get(), list[i], checked);
+        if (why) {
+            (*answers)[i] = answer(400, refusal(why));
+            continue;
         }
+        batch->emplace_back(checked);
+        batch->back().tag = i;
     }
     submit(exchange, *target, [exchange, answers, batch, answer](VekMasterSession& session,
                                                                  VekSessionAccess&) {
@@ -370,14 +370,14 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
     });
 }
 
-VekApiRoutes::Json VekApiRoutes::refusal(const std::string& problem,
-                                         const VekMasterMessage* checked,
-                                         const vekprotocol::VekFields& args) {
-    const VekDeviceProfile::Breach breach = checked != nullptr
-                                                ? VekDeviceProfile::inUse()->check(*checked, args)
-                                                : VekDeviceProfile::Breach();
-    return breach.found() && breach.problem == problem ? rangeRefusal(breach)
-                                                        : VekHttpExchange::error(problem);
+VekApiRoutes::Json VekApiRoutes::refusal(const VekError& error) {
+    Json body = VekHttpExchange::error(error.text);
+    if (error.kind == VekError::Kind::Range) {
+        body["field"] = error.field;
+        body["min"] = VekValueJson::number(error.min, 6);
+        body["max"] = VekValueJson::number(error.max, 6);
+    }
+    return body;
 }
 
 VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& breach) {
@@ -389,7 +389,7 @@ VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& br
 }
 
 void VekApiRoutes::profile(const ExchangePtr& exchange) {
-    exchange->answer(200, VekDeviceProfile::inUse()->json());
+    exchange->answer(200, profile_->json());
 }
 
 void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params) {
@@ -408,7 +408,7 @@ void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params
     }
     const int device = VekRequestBody::index(params[0], lines_.size());
     submit(exchange, *target,
-           [exchange, device, channel = params[1], points](VekMasterSession&,
+           [this, exchange, device, channel = params[1], points](VekMasterSession&,
                                                            VekSessionAccess& access) {
                VekChannelBands bands;
                const VekMasterReply* failed = nullptr;
@@ -425,8 +425,7 @@ void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params
                    }
                    return;
                }
-               const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
-               exchange->answer(200, bands.curve(*profile, points, device));
+               exchange->answer(200, bands.curve(*profile_, points, device));
            });
 }
 
@@ -438,7 +437,7 @@ void VekApiRoutes::curve(const ExchangePtr& exchange) {
         exchange->answer(400, VekHttpExchange::error(problem));
         return;
     }
-    exchange->answer(200, VekResponseCurve(*VekDeviceProfile::inUse(), points).json(bands));
+    exchange->answer(200, VekResponseCurve(*profile_, points).json(bands));
 }
 
 }  // namespace vekserve

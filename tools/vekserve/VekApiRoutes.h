@@ -24,8 +24,10 @@ public:
     using Params = VekRouteTable::Params;
     using Lines = std::vector<std::unique_ptr<VekLineWorker>>;
 
-    // Adds the routes to table; lines and table must outlive the routes.
-    VekApiRoutes(Lines& lines, VekRouteTable& table);
+    // Adds the routes to table; lines and table must outlive the routes. Messages and
+    // documents are checked against the ranges of limits.
+    VekApiRoutes(Lines& lines, VekRouteTable& table,
+                 std::shared_ptr<const vekmaster::VekDeviceProfile> limits);
     VekApiRoutes(const VekApiRoutes&) = delete;
     VekApiRoutes& operator=(const VekApiRoutes&) = delete;
 
@@ -53,8 +55,7 @@ private:
     using Json = VekHttpExchange::Json;
     // Why a message is refused; for a value outside the profile's ranges, with the field
     // and its range.
-    static Json refusal(const std::string& problem, const vekmaster::VekMasterMessage* checked,
-                        const vekprotocol::VekFields& args);
+    static Json refusal(const vekmaster::VekError& error);
     static Json rangeRefusal(const vekmaster::VekDeviceProfile::Breach& breach);
 
     // The line a path names; null after answering 404.
@@ -65,10 +66,9 @@ private:
     void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
 
     Lines& lines_;
-    vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
-    vekmaster::VekMessageCatalog catalog_;
-    // Read-only once made, so the line threads share it.
-    const vekmaster::VekSettingsTable table_;
+    const std::shared_ptr<const vekmaster::VekDeviceProfile> profile_;
+    const vekmaster::VekMessageCatalog& catalog_;
+    const vekmaster::VekSettingsTable& table_;
 };
 
 }  // namespace vekserve

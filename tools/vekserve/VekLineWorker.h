@@ -101,7 +101,6 @@ private:
     // The line thread's own.
     std::unique_ptr<vekmaster::VekSerialLine> line_;
     std::unique_ptr<vekmaster::VekMasterSession> session_;
-    std::unique_ptr<vekmaster::VekSettingsTable> table_;
     std::unique_ptr<vekmaster::VekSessionAccess> access_;
     std::string client_ = "serve";  // whose job is on the line
     std::string requestId_;         // and the request it answers ("" for the server's own)

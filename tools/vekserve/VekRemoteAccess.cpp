@@ -24,8 +24,9 @@ std::string textAt(const Json& object, const char* name) {
 VekRemoteAccess::VekRemoteAccess(VekHttpClient& client, int device)
     : client_(client),
       base_("/api/devices/" + std::to_string(device)),
-      catalog_(reply_),
-      table_(catalog_) {}
+      catalog_(VekMessageCatalog::shared()),
+      decoder_(reply_),
+      table_(VekSettingsTable::shared()) {}
 
 std::string VekRemoteAccess::errorOf(const std::string& body) {
     Json json;
@@ -65,7 +66,7 @@ const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const
     const Json body = {{"feature", feature}, {"message", name}, {"args", args}};
     VekRawStringSink memory(reply_.rawData);
     VekRawSink& sink = raw != nullptr ? *raw : memory;
-    VekFrameReader reader(catalog_, reply_);
+    VekFrameReader reader(decoder_, reply_);
     reader.await(sink);
     // The reply's header line, read as it came off the server's line.
     const auto decode = [&](const std::string& wire) {

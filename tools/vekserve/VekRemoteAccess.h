@@ -5,6 +5,7 @@
 #include "VekDeviceAccess.h"
 #include "VekHttpClient.h"
 #include "VekMessageCatalog.h"
+#include "VekReplyDecoder.h"
 #include "VekSettingsTable.h"
 
 namespace vekserve {
@@ -38,8 +39,9 @@ private:
     VekHttpClient& client_;
     std::string base_;  // "/api/devices/N"
     vekmaster::VekMasterReply reply_;
-    vekmaster::VekMessageCatalog catalog_;
-    vekmaster::VekSettingsTable table_;
+    const vekmaster::VekMessageCatalog& catalog_;
+    vekmaster::VekReplyDecoder decoder_;
+    const vekmaster::VekSettingsTable& table_;
     vekmaster::VekMasterReply failure_;
 };
 

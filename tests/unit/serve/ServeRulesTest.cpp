@@ -131,12 +131,13 @@ TEST(ServeRulesTest, TheQueryIsDecoded) {
 }
 
 TEST(ServeRulesTest, AMessageBodyBecomesWireTextOfItsFieldTypes) {
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    const VekMasterMessage* message = nullptr;
     vekprotocol::VekFields args;
     const auto read = [&](const std::string& body) {
-        return VekRequestBody::message(catalog, body, message, args);
+        VekCheckedRequest checked;
+        const VekError problem = VekRequestBody::message(
+            VekMessageCatalog::shared(), &VekDeviceProfile::builtIn(), body, checked);
+        args = checked.valid() ? checked.args() : vekprotocol::VekFields{"unchecked"};
+        return problem.text;
     };
     EXPECT_EQ(read(R"({"feature":"EqV2","message":"SetBandConfig","args":["CF",3,2,1000,-3.5,0.707,0,1]})"), "");
     EXPECT_EQ(args, (vekprotocol::VekFields{"CF", "3", "2", "1000", "-3.5", "0.707", "0", "1"}));
@@ -184,17 +185,13 @@ TEST(ServeRulesTest, NestingPastTheLimitIsRefusedBeforeParsing) {
     EXPECT_FALSE(VekRequestBody::shallow(nested(60, "\"\\\\\"[[[[[[[[")));
     EXPECT_FALSE(VekRequestBody::shallow("]]]]" + nested(VekRequestBody::kMaxDepth + 1)));
     // Every body reader counts first.
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
     VekRequestBody::Diff diff;
-    EXPECT_EQ(VekRequestBody::diff(VekSettingsTable(catalog), R"({"a":)" + nested(100000) + "}", diff),
+    EXPECT_EQ(VekRequestBody::diff(VekSettingsTable::shared(), R"({"a":)" + nested(100000) + "}", diff),
               "the body nests arrays and objects deeper than 64 levels");
 }
 
 TEST(ServeRulesTest, ADiffHoldsADocumentAndAtMostOneDevice) {
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    const VekSettingsTable table(catalog);
+    const VekSettingsTable& table = VekSettingsTable::shared();
     VekRequestBody::Diff diff;
     const std::string doc = R"({"format":"vek-tuning/1","settings":{"Gain":{"master":-3}}})";
     EXPECT_EQ(VekRequestBody::diff(table, R"({"a":"device","b":)" + doc + R"(,"device":2})", diff), "");
