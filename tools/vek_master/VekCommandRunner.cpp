@@ -149,11 +149,11 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     if (!load(table_, command.paths[0], document, result)) {
         return result;
     }
-    const VekDeviceProfile::Breach breach =
+    const VekError breach =
         VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
-    if (breach.found()) {
+    if (breach) {
         return result.fail(VekExitStatus::kUsage,
-                           command.paths[0] + ": " + breach.problem + "; nothing was sent");
+                           command.paths[0] + ": " + breach.text + "; nothing was sent");
     }
     VekTuningApply::Options options;
     options.dryRun = command.dryRun;

@@ -224,10 +224,10 @@ void warnForced(const VekMessageCatalog& catalog, const std::vector<VekMasterCom
         if (command.verb != Verb::Message || message == nullptr) {
             continue;
         }
-        const VekDeviceProfile::Breach breach =
+        const VekError breach =
             VekDeviceProfile::inUse()->check(*message, command.args);
-        if (breach.found()) {
-            complain("--force: " + breach.problem + "; sending it anyway");
+        if (breach) {
+            complain("--force: " + breach.text + "; sending it anyway");
         }
     }
 }

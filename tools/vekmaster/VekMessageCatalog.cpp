@@ -215,18 +215,7 @@ VekError VekMessageCatalog::check(const VekMasterMessage& message, const VekFiel
     if (!message.encode(args, 0, scratch)) {
         return usage(head + ": the arguments do not read as " + wanted.synopsis());
     }
-    if (limits == nullptr) {
-        return {};
-    }
-    const VekDeviceProfile::Breach breach = limits->check(message, args);
-    if (!breach.found()) {
-        return {};
-    }
-    VekError range(VekError::Kind::Range, breach.problem);
-    range.field = breach.field;
-    range.min = breach.min;
-    range.max = breach.max;
-    return range;
+    return limits != nullptr ? limits->check(message, args) : VekError();
 }
 
 std::string VekMessageCatalog::help() const {

@@ -17,7 +17,6 @@ using namespace vekmaster;
 namespace {
 
 using Json = VekHttpExchange::Json;
-using Outcome = VekMasterReply::Outcome;
 
 // Raw data a client did not ask for: counted by the reply, kept nowhere.
 class Discard : public VekRawSink {
@@ -86,21 +85,9 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
               });
 }
 
-int VekApiRoutes::failureStatus(const VekMasterReply& reply) {
-    switch (reply.outcome) {
-        case Outcome::Refused:
-            return 400;
-        case Outcome::NoAnswer:
-            return 504;
-        case Outcome::RawFailed:
-            return 502;
-        default:
-            return 503;
-    }
-}
-
 void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
-    exchange->answer(failureStatus(reply), VekHttpExchange::error(reply.problem));
+    const VekError error = reply.error();
+    exchange->answer(VekExitHttp::status(error.kind), refusal(error));
 }
 
 void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
@@ -156,7 +143,7 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     const VekError problem =
         VekRequestBody::message(catalog_, profile_.get(), exchange->request().body, checked);
     if (problem) {
-        exchange->answer(400, refusal(problem));
+        exchange->answer(VekExitHttp::status(problem.kind), refusal(problem));
         return;
     }
     const bool raw = exchange->request().flag("raw");
@@ -225,10 +212,10 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
         exchange->answer(400, VekHttpExchange::error(problem));
         return;
     }
-    const VekDeviceProfile::Breach breach =
+    const VekError breach =
         VekTuningDocument::outOfRange(table_, document, *profile_);
-    if (breach.found()) {
-        exchange->answer(400, rangeRefusal(breach));
+    if (breach) {
+        exchange->answer(VekExitHttp::status(breach.kind), refusal(breach));
         return;
     }
     VekTuningApply::Options options;
@@ -351,7 +338,7 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
         VekCheckedRequest checked;
         const VekError why = VekRequestBody::message(catalog_, profile_.get(), list[i], checked);
         if (why) {
-            (*answers)[i] = answer(400, refusal(why));
+            (*answers)[i] = answer(VekExitHttp::status(why.kind), refusal(why));
             continue;
         }
         batch->emplace_back(checked);
@@ -364,7 +351,7 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
             (*answers)[sent.tag] =
                 sent.reply.answered()
                     ? answer(200, VekWireReply::of(sent.reply))
-                    : answer(failureStatus(sent.reply), VekHttpExchange::error(sent.reply.problem));
+                    : answer(VekExitHttp::status(sent.reply.error().kind), refusal(sent.reply.error()));
         }
         exchange->answer(200, Json{{"answers", std::move(*answers)}});
     });
@@ -377,14 +364,6 @@ VekApiRoutes::Json VekApiRoutes::refusal(const VekError& error) {
         body["min"] = VekValueJson::number(error.min, 6);
         body["max"] = VekValueJson::number(error.max, 6);
     }
-    return body;
-}
-
-VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& breach) {
-    Json body = VekHttpExchange::error(breach.problem);
-    body["field"] = breach.field;
-    body["min"] = VekValueJson::number(breach.min, 6);
-    body["max"] = VekValueJson::number(breach.max, 6);
     return body;
 }
 

@@ -31,8 +31,6 @@ public:
     VekApiRoutes(const VekApiRoutes&) = delete;
     VekApiRoutes& operator=(const VekApiRoutes&) = delete;
 
-    // The HTTP status that says why a request got no answer.
-    static int failureStatus(const vekmaster::VekMasterReply& reply);
     // The status and body that say why a request got no answer.
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
@@ -53,10 +51,9 @@ private:
     void curve(const ExchangePtr& exchange);
     void batch(const ExchangePtr& exchange, const Params& params);
     using Json = VekHttpExchange::Json;
-    // Why a message is refused; for a value outside the profile's ranges, with the field
-    // and its range.
+    // The body that says why: {"error"}, and for a value outside the profile's ranges
+    // its field and range.
     static Json refusal(const vekmaster::VekError& error);
-    static Json rangeRefusal(const vekmaster::VekDeviceProfile::Breach& breach);
 
     // The line a path names; null after answering 404.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);

@@ -51,6 +51,11 @@ void VekLineWorker::join() {
     }
 }
 
+VekLineWorker::State VekLineWorker::state() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return state_;
+}
+
 bool VekLineWorker::stopping() const {
     std::lock_guard<std::mutex> lock(mutex_);
     return stopping_;
@@ -119,7 +124,7 @@ void VekLineWorker::run() {
         lose(failure_);
     }
     while (!stopping()) {
-        if (describe()["state"] == "connected") {
+        if (state() == State::Connected) {
             serveJobs();
         } else {
             recover();

@@ -78,6 +78,7 @@ private:
     bool readIdle(int timeoutMs);
     void setState(State state, const std::string& reason);
     bool stopping() const;
+    State state() const;
     void watch(const vekmaster::VekMasterMessage& message, const vekprotocol::VekFields& args,
                const vekmaster::VekMasterReply* reply);
     Json event(const char* type) const;

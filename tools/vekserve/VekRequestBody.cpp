@@ -35,6 +35,11 @@ std::string parseObject(const std::string& body, Json& json) {
     return json.is_object() ? "" : "the body is not a JSON object";
 }
 
+std::string pointsRange() {
+    return "points must be a whole number from " + std::to_string(VekResponseCurve::kMinPoints) +
+           " to " + std::to_string(VekResponseCurve::kMaxPoints);
+}
+
 std::string checkDocument(const VekSettingsTable& table, const Json& document,
                           const std::string& where) {
     const std::string problem = VekTuningDocument::check(table, document);
@@ -219,14 +224,16 @@ std::string VekRequestBody::curve(const std::string& body,
         bands.push_back(values);
     }
     const Json* given = VekValueJson::member(&json, "points");
-    if (problem.empty()) {
-        problem = points(given == nullptr ? ""
-                         : given->is_number_unsigned() && given->get<uint64_t>() < 1000000
-                             ? std::to_string(given->get<uint64_t>())
-                             : "x",
-                         count);
+    count = VekResponseCurve::kDefaultPoints;
+    if (!problem.empty() || given == nullptr) {
+        return problem;
     }
-    return problem;
+    const uint64_t value = given->is_number_unsigned() ? given->get<uint64_t>() : 0;
+    if (value < VekResponseCurve::kMinPoints || value > VekResponseCurve::kMaxPoints) {
+        return pointsRange();
+    }
+    count = static_cast<size_t>(value);
+    return "";
 }
 
 std::string VekRequestBody::points(const std::string& text, size_t& points) {
@@ -240,9 +247,7 @@ std::string VekRequestBody::points(const std::string& text, size_t& points) {
     if (text.find_first_not_of("0123456789") != std::string::npos || *end != '\0' || errno != 0 ||
         value < static_cast<long>(VekResponseCurve::kMinPoints) ||
         value > static_cast<long>(VekResponseCurve::kMaxPoints)) {
-        return "points must be a whole number from " +
-               std::to_string(VekResponseCurve::kMinPoints) + " to " +
-               std::to_string(VekResponseCurve::kMaxPoints);
+        return pointsRange();
     }
     points = static_cast<size_t>(value);
     return "";

@@ -20,7 +20,7 @@ const VekDeviceProfile& profile() {
 std::string check(const std::string& feature, const std::string& name,
                   const vekprotocol::VekFields& args) {
     const VekMessageCatalog& catalog = VekMessageCatalog::shared();
-    return profile().check(*catalog.find(feature, name), args).problem;
+    return profile().check(*catalog.find(feature, name), args).text;
 }
 
 // A profile text with one limit entry replaced.
@@ -89,9 +89,9 @@ TEST(DeviceProfileTest, ADocumentsValuesAreCheckedWhereTheyStand) {
         EXPECT_EQ(VekTuningDocument::check(table, document), "");
         return VekTuningDocument::outOfRange(table, document, profile());
     };
-    EXPECT_FALSE(breach(R"({"Gain": {"master": -6, "channel": {"LF": 0, "L1": -4}}})").found());
-    const VekDeviceProfile::Breach channel = breach(R"({"Gain": {"channel": {"RS": 13}}})");
-    EXPECT_EQ(channel.problem,
+    EXPECT_FALSE(breach(R"({"Gain": {"master": -6, "channel": {"LF": 0, "L1": -4}}})"));
+    const VekError channel = breach(R"({"Gain": {"channel": {"RS": 13}}})");
+    EXPECT_EQ(channel.text,
               "Gain.channel[RS]: Gain SetChannel channelGain[RS] 13 is outside -30 to 12 dB "
               "(profile default)");
     EXPECT_EQ(channel.field, "channelGain");
@@ -99,10 +99,10 @@ TEST(DeviceProfileTest, ADocumentsValuesAreCheckedWhereTheyStand) {
     EXPECT_EQ(channel.max, 12);
     EXPECT_EQ(breach(R"({"EqV2": {"band": {"CF": [null, {"value1": 2, "value2": 1000, "value3": 30,
                       "value4": 1, "value5": 0, "value6": 1}]}}})")
-                  .problem,
+                  .text,
               "EqV2.band[CF/1]: EqV2 SetBandConfig value3 30 is outside -24 to 12 dB (profile default)");
     // What the device reports but cannot take is not checked.
-    EXPECT_FALSE(breach(R"({"Eq": {"bandCount": {"CF": 99}}})").found());
+    EXPECT_FALSE(breach(R"({"Eq": {"bandCount": {"CF": 99}}})"));
 }
 
 TEST(DeviceProfileTest, LoadingNamesTheFileAndTheBadEntry) {

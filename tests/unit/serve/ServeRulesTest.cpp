@@ -5,6 +5,7 @@
 
 #include "VekAccessGuard.h"
 #include "VekBodyStream.h"
+#include "VekExitHttp.h"
 #include "VekHttpRequest.h"
 #include "VekRequestBody.h"
 #include "VekRouteTable.h"
@@ -242,6 +243,40 @@ TEST(ServeRulesTest, ABodyStreamBoundsWhatWaitsAndReleasesItsProducer) {
     VekBodyStream cut(8, [] {});
     cut.finish(false);
     EXPECT_EQ(cut.take(out), VekBodyStream::Take::Broken);
+}
+
+// One table per place an error surfaces: a client of the server and a script running
+// vek_master must read the same failure the same way.
+TEST(ServeRulesTest, EachKindOfErrorHasOneExitStatusAndOneHttpStatus) {
+    using Kind = vekmaster::VekError::Kind;
+    using vekmaster::VekExitStatus;
+    const struct {
+        Kind kind;
+        int exit;
+        int http;
+    } kinds[] = {
+        {Kind::None, VekExitStatus::kOk, 200},        {Kind::Usage, VekExitStatus::kUsage, 400},
+        {Kind::Range, VekExitStatus::kUsage, 400},    {Kind::NotFound, VekExitStatus::kUsage, 404},
+        {Kind::Busy, VekExitStatus::kIo, 503},        {Kind::NoAnswer, VekExitStatus::kNoAnswer, 504},
+        {Kind::LineFailed, VekExitStatus::kIo, 503}, {Kind::RawFailed, VekExitStatus::kIo, 502},
+    };
+    for (const auto& k : kinds) {
+        EXPECT_EQ(VekExitStatus::of(k.kind), k.exit) << static_cast<int>(k.kind);
+        EXPECT_EQ(VekExitHttp::status(k.kind), k.http) << static_cast<int>(k.kind);
+        // A status that comes back from a server reads as the exit status it stands for.
+        if (k.kind != Kind::None) {
+            EXPECT_EQ(VekExitHttp::exit(k.http), k.exit) << static_cast<int>(k.kind);
+        }
+    }
+    // A reply without an answer carries its kind; an NG answer is no error but exits 1.
+    VekMasterReply reply;
+    reply.outcome = VekMasterReply::Outcome::Refused;
+    reply.problem = "bad";
+    EXPECT_EQ(reply.error().kind, Kind::Usage);
+    EXPECT_EQ(reply.error().text, "bad");
+    reply.outcome = VekMasterReply::Outcome::Ng;
+    EXPECT_FALSE(reply.error());
+    EXPECT_EQ(VekExitStatus::of(reply), VekExitStatus::kNg);
 }
 
 }  // namespace
