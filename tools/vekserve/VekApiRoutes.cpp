@@ -5,6 +5,7 @@
 #include "VekChannelBands.h"
 #include "VekExitHttp.h"
 #include "VekRequestBody.h"
+#include "VekSchemaJson.h"
 #include "VekStreamSink.h"
 #include "VekTuningDiff.h"
 #include "VekTuningDocument.h"
@@ -72,6 +73,11 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
     table.add("GET", "/api/profile",
               "the device profile in use: band values' meaning, every value's range",
               [this](const ExchangePtr& e, const Params&) { profile(e); });
+    table.add("GET", "/api/schema",
+              "every message and setting: fields, channels, bands, ranges and units",
+              [this](const ExchangePtr& e, const Params&) {
+                  e->answer(200, VekSchemaJson::of(catalog_, table_, *profile_));
+              });
     table.add("GET", "/api/devices/{}/eq/{}/curve",
               "a channel's equaliser response as the device holds it; ?points=N (16 to 2048)",
               bind(&VekApiRoutes::deviceCurve));
