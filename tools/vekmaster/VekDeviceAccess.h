@@ -31,8 +31,6 @@ public:
     virtual const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) {
         return request(checked.message().feature, checked.message().name, checked.args(), raw);
     }
-    // The messages a batch is made of.
-    virtual const VekMessageCatalog& catalog() const = 0;
     // Several messages, each with its reply (raw data kept in it); a session keeps its
     // window of them on the line at once, elsewhere they go one after another.
     virtual void exchange(VekMasterExchange::Batch& batch) {

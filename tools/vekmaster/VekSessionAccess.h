@@ -22,7 +22,6 @@ public:
     const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) override {
         return session_.request(checked, raw);
     }
-    const VekMessageCatalog& catalog() const override { return session_.catalog(); }
     void exchange(VekMasterExchange::Batch& batch) override { session_.exchange(batch); }
     bool read(const Json* only, VekDeviceReading& reading) override;
     VekTuningApply::Result apply(const Json& document,

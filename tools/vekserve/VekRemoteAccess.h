@@ -28,7 +28,6 @@ public:
     vekmaster::VekTuningApply::Result apply(const Json& document,
                                             const vekmaster::VekTuningApply::Options& options) override;
     const vekmaster::VekMasterReply& failure() const override { return failure_; }
-    const vekmaster::VekMessageCatalog& catalog() const override { return catalog_; }
 
 private:
     // Sets reply to how a request fared that got no answer: the status says which way.
