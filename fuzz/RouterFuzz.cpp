@@ -34,21 +34,22 @@ void check(bool ok, const char* what) {
 struct Router {
     VekApiRoutes::Lines lines;
     VekRouteTable table;
-    VekApiRoutes routes{lines, table};
-    VekMasterReply reply;
-    VekMessageCatalog catalog{reply};
-    VekSettingsTable settings{catalog};
+    VekApiRoutes routes{lines, table, VekDeviceProfile::inUse()};
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
+    const VekSettingsTable& settings = VekSettingsTable::shared();
     VekServeConfig config;
     VekAccessGuard guard{config, 8741};
 };
 
 void readBody(const Router& router, const std::string& pattern, const std::string& body) {
     if (pattern == "/api/devices/{}/request") {
-        const VekMasterMessage* message = nullptr;
-        vekprotocol::VekFields args;
-        if (VekRequestBody::message(router.catalog, body, message, args).empty()) {
-            check(message != nullptr, "an accepted body names a message");
-            check(router.catalog.check(*message, args).empty(), "the catalogue takes its args");
+        VekCheckedRequest checked;
+        const VekDeviceProfile* limits = &VekDeviceProfile::builtIn();
+        if (!VekRequestBody::message(router.catalog, limits, body, checked)) {
+            check(checked.valid(), "an accepted body names a message");
+            const VekMasterMessage* message = &checked.message();
+            const vekprotocol::VekFields& args = checked.args();
+            check(!router.catalog.check(*message, args, limits), "the catalogue takes its args");
             for (const std::string& arg : args) {
                 check(!arg.empty() && arg.find_first_of(":\n") == std::string::npos,
                       "no arg holds a separator");

@@ -35,20 +35,24 @@ namespace {
 constexpr int kGreetingMs = 10000;
 constexpr int kStopMs = 10000;
 
-[[noreturn]] void raise(const VekMasterReply& reply) {
-    switch (reply.outcome) {
-        case Outcome::Refused:
-            throw py::value_error(reply.problem);
-        case Outcome::NoAnswer:
-            throw VekPyFailure(Kind::Timeout, reply.problem);
-        case Outcome::LineFailed:
-            throw VekPyFailure(Kind::Line, reply.problem);
-        case Outcome::Ok:
-        case Outcome::Ng:
-        case Outcome::RawFailed:
+// Each kind of error as the exception Python sees.
+[[noreturn]] void raise(const vekmaster::VekError& error) {
+    using Error = vekmaster::VekError::Kind;
+    switch (error.kind) {
+        case Error::Usage:
+        case Error::Range:
+        case Error::NotFound:
+            throw py::value_error(error.text);
+        case Error::NoAnswer:
+            throw VekPyFailure(Kind::Timeout, error.text);
+        case Error::Busy:
+        case Error::LineFailed:
+            throw VekPyFailure(Kind::Line, error.text);
+        case Error::None:
+        case Error::RawFailed:
             break;
     }
-    throw VekPyFailure(Kind::Error, reply.problem);
+    throw VekPyFailure(Kind::Error, error.text);
 }
 
 // A float field reads as a float in Python even when its wire text is an integer.
@@ -275,7 +279,7 @@ py::list VekPyLink::requestMany(const py::list& requests) {
     py::list replies;
     for (const vekmaster::VekMasterExchange& e : batch) {
         if (!e.reply.answered()) {
-            raise(e.reply);
+            raise(e.reply.error());
         }
         replies.append(replyTuple(e.reply, *e.message, false));
     }
@@ -354,6 +358,9 @@ void VekPyLink::withAccess(Work&& work) {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
         closed = !access_;
+        if (session_ != nullptr) {
+            session_->setLimits(limits());  // use_profile() may have changed it since
+        }
         if (!closed) {
             work(*access_);
         }
@@ -365,36 +372,38 @@ void VekPyLink::withAccess(Work&& work) {
 
 void VekPyLink::force(bool on) {
     forced_ = on;
-    catalog_.setLimited(!on);
-    if (session_ != nullptr) {
-        session_->setLimited(!on);
-    }
+}
+
+std::shared_ptr<const vekmaster::VekDeviceProfile> VekPyLink::limits() const {
+    return forced_ || client_ != nullptr ? nullptr : vekmaster::VekDeviceProfile::inUse();
 }
 
 VekMasterReply VekPyLink::send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                vekmaster::VekRawSink* raw) {
     if (forced_) {
-        const vekmaster::VekDeviceProfile::Breach breach =
+        const vekmaster::VekError breach =
             vekmaster::VekDeviceProfile::inUse()->check(message, args);
-        if (breach.found() &&
-            PyErr_WarnEx(PyExc_UserWarning, (breach.problem + "; sending it anyway").c_str(), 2) != 0) {
+        if (breach &&
+            PyErr_WarnEx(PyExc_UserWarning, (breach.text + "; sending it anyway").c_str(), 2) != 0) {
             throw py::error_already_set();
         }
     }
+    vekmaster::VekCheckedRequest checked;
+    const vekmaster::VekError refused = catalog_.check(message, args, limits().get(), checked);
+    if (refused) {
+        raise(refused);
+    }
     VekMasterReply reply;
-    withAccess([&](vekmaster::VekDeviceAccess& access) {
-        reply = access.request(message.feature, message.name, args, raw);
-    });
+    withAccess([&](vekmaster::VekDeviceAccess& access) { reply = access.send(checked, raw); });
     return reply;
 }
 
 const VekMasterMessage& VekPyLink::prepare(const std::string& feature, const std::string& name,
                                            const py::list& args, vekprotocol::VekFields& wire) {
-    const VekMasterMessage* message = catalog_.find(feature, name);
-    if (message == nullptr) {
-        const VekMasterMessage* none = nullptr;
-        vekprotocol::VekFields unused;
-        throw py::value_error(catalog_.prepare({feature, name}, none, unused));
+    const VekMasterMessage* message = nullptr;
+    const vekmaster::VekError unknown = catalog_.lookup({feature, name}, message);
+    if (unknown) {
+        raise(unknown);
     }
     Json values = Json::array();
     for (size_t i = 0; i < args.size(); ++i) {
@@ -419,7 +428,7 @@ py::tuple VekPyLink::request(const std::string& feature, const std::string& name
     }
     const VekMasterReply reply = send(*message, wire, file.get());
     if (!reply.answered()) {
-        raise(reply);
+        raise(reply.error());
     }
     return replyTuple(reply, *message, file != nullptr);
 }
@@ -445,7 +454,7 @@ py::tuple VekPyLink::read(const std::string& feature, const std::string& name,
     const VekSetting& s = setting(feature, name);
     const VekMasterReply reply = send(*s.get, keyArgs(s, keyOf(s, channel, band)));
     if (!reply.answered()) {
-        raise(reply);
+        raise(reply.error());
     }
     py::object value =
         reply.outcome == Outcome::Ok ? VekPyJson::toPython(item(s, reply)) : py::object(py::none());
@@ -470,7 +479,7 @@ py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
     if (partial) {
         const VekMasterReply current = send(*s.get, keyArgs(s, key));
         if (!current.answered()) {
-            raise(current);
+            raise(current.error());
         }
         if (current.outcome == Outcome::Ng) {
             return replyTuple(current, *s.get, false);
@@ -485,7 +494,7 @@ py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
     }
     const VekMasterReply reply = send(*s.set, VekSettingItem::args(s, key, texts));
     if (!reply.answered()) {
-        raise(reply);
+        raise(reply.error());
     }
     return replyTuple(reply, *s.set, false);
 }
@@ -501,7 +510,7 @@ vekmaster::VekDeviceReading VekPyLink::readDevice(const Json* only) {
         }
     });
     if (!read) {
-        raise(stopped);
+        raise(stopped.error());
     }
     return reading;
 }
@@ -529,10 +538,10 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
     if (!problem.empty()) {
         throw py::value_error(problem);
     }
-    const vekmaster::VekDeviceProfile::Breach breach = vekmaster::VekTuningDocument::outOfRange(
+    const vekmaster::VekError breach = vekmaster::VekTuningDocument::outOfRange(
         table_, doc, *vekmaster::VekDeviceProfile::inUse());
-    if (breach.found()) {
-        throw py::value_error(breach.problem);
+    if (breach) {
+        raise(breach);
     }
     vekmaster::VekTuningApply::Options options;
     options.dryRun = dryRun;

@@ -86,6 +86,9 @@ private:
     vekmaster::VekDeviceAccess& access();
     void start(int timeoutMs);
     const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
+    // The ranges values are checked against here: the profile in use, unless forced or
+    // a server checks them with its own.
+    std::shared_ptr<const vekmaster::VekDeviceProfile> limits() const;
     // Runs work(access) with the GIL released and the device held; throws when the
     // link is closed.
     template <class Work>
@@ -105,11 +108,10 @@ private:
     std::unique_ptr<vekmaster::VekMasterSession> session_;
     std::unique_ptr<vekserve::VekHttpClient> client_;
     std::unique_ptr<vekmaster::VekDeviceAccess> access_;
-    vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
-    vekmaster::VekMessageCatalog catalog_{scratch_};
+    const vekmaster::VekMessageCatalog& catalog_ = vekmaster::VekMessageCatalog::shared();
     bool forced_ = false;
     int window_ = vekmaster::VekMasterSession::kDefaultWindow;
-    const vekmaster::VekSettingsTable table_{catalog_};
+    const vekmaster::VekSettingsTable& table_ = vekmaster::VekSettingsTable::shared();
     std::string device_;
 };
 

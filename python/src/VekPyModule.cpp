@@ -25,17 +25,6 @@ using vekpython::VekPyLink;
 
 namespace {
 
-// The catalogue and settings table, for describing them and for work without a line.
-struct Shared {
-    VekMasterReply reply;
-    VekMessageCatalog catalog{reply};
-    VekSettingsTable table{catalog};
-};
-
-const Shared& shared() {
-    static const Shared instance;
-    return instance;
-}
 
 py::list slots(const std::vector<VekFieldSignature::Slot>& fields) {
     py::list list;
@@ -48,7 +37,7 @@ py::list slots(const std::vector<VekFieldSignature::Slot>& fields) {
 
 py::list messages() {
     py::list list;
-    for (const VekMasterMessage& message : shared().catalog.messages()) {
+    for (const VekMasterMessage& message : VekMessageCatalog::shared().messages()) {
         list.append(py::dict(py::arg("feature") = message.feature, py::arg("name") = message.name,
                              py::arg("response") = message.response,
                              py::arg("fields") = slots(message.signature.slots()),
@@ -73,7 +62,7 @@ const char* rangeName(VekSetting::Range range) {
 
 py::list settings() {
     py::list list;
-    for (const VekSetting& setting : shared().table.settings()) {
+    for (const VekSetting& setting : VekSettingsTable::shared().settings()) {
         list.append(py::dict(
             py::arg("feature") = setting.feature, py::arg("name") = setting.name,
             py::arg("range") = rangeName(setting.range), py::arg("get") = setting.get->name,
@@ -122,13 +111,13 @@ PYBIND11_MODULE(_vektuner, m) {
         return name;
     });
     m.def("check", [](py::handle document) {
-        return VekTuningDocument::check(shared().table,
+        return VekTuningDocument::check(VekSettingsTable::shared(),
                                         VekPyJson::toJson(document, "the document"));
     });
     m.def("diff", [](py::handle a, py::handle b) {
         py::list list;
         for (const VekTuningDiff::Difference& d : VekTuningDiff::compare(
-                 shared().table, VekPyJson::toJson(a, "a"), VekPyJson::toJson(b, "b"))) {
+                 VekSettingsTable::shared(), VekPyJson::toJson(a, "a"), VekPyJson::toJson(b, "b"))) {
             list.append(py::make_tuple(d.label, VekPyJson::toPython(d.aValue),
                                        VekPyJson::toPython(d.bValue), VekTuningDiff::line(d)));
         }

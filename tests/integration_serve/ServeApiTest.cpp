@@ -336,6 +336,30 @@ TEST(ServeApiTest, TheProfileGuardsEveryValueAndTheCurvesComeFromTheBands) {
     EXPECT_EQ(described["limits"][0],
               Json::parse(R"({"feature": "Gain", "message": "SetMaster", "field": "masterGain",
                               "min": -40, "max": 0, "unit": "dB"})"));
+    // The schema gives each setting's messages, keys and fields with this profile's ranges.
+    const Json schema = Json::parse(serve.call("GET", "/api/schema").body);
+    EXPECT_EQ(schema["profile"]["name"], "quiet");
+    EXPECT_EQ(schema["channels"], Json::parse(R"(["LF","RF","LS","RS","CF","L1"])"));
+    const auto setting = [&](const std::string& path) {
+        for (const Json& s : schema["settings"]) {
+            if (s["path"] == path) {
+                return s;
+            }
+        }
+        return Json();
+    };
+    EXPECT_EQ(setting("Gain.master"), Json::parse(R"({"feature": "Gain", "name": "master",
+        "path": "Gain.master", "range": "one", "get": "GetMaster", "set": "SetMaster",
+        "lastSet": false, "disturbs": false, "needs": ["Gain"],
+        "fields": [{"name": "masterGain", "type": "float", "base": "float", "count": 1,
+                    "limits": [{"min": -40, "max": 0, "unit": "dB"}]}]})"));
+    const Json bands = setting("EqV2.band");
+    EXPECT_EQ(bands["bands"], Json::parse(R"({"max": 40, "count": "EqV2.bandCount"})"));
+    EXPECT_EQ(bands["channels"].size(), 6u);
+    EXPECT_EQ(bands["fields"].size(), 6u);
+    EXPECT_EQ(setting("Reverb.enable")["set"], nullptr);
+    EXPECT_EQ(setting("Common.bypass")["needs"], Json::array());
+    EXPECT_EQ(schema["messages"].size(), 40u);
 
     const ServeRig::Reply loud =
         serve.call("POST", "/api/devices/0/request", message("Gain", "SetMaster", "[3]"));

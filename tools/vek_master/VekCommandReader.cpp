@@ -15,6 +15,7 @@ bool VekCommandReader::isVerb(const std::string& word) {
 }
 
 std::string VekCommandReader::read(const VekMessageCatalog& catalog,
+                                   const VekDeviceProfile* limits,
                                    const std::vector<std::string>& words,
                                    VekMasterCommand& command) {
     const std::string verb = words.empty() ? "" : words[0];
@@ -51,13 +52,13 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
             return "curve: " + problem;
         }
     } else {
-        const VekMasterMessage* message = nullptr;
-        const std::string problem = catalog.prepare(words, message, command.args);
-        if (!problem.empty()) {
-            return problem;
+        const VekError problem = catalog.prepare(words, limits, command.request);
+        if (problem) {
+            return problem.text;
         }
-        command.feature = message->feature;
-        command.name = message->name;
+        command.feature = command.request.message().feature;
+        command.name = command.request.message().name;
+        command.args = command.request.args();
     }
     if ((!command.svg.empty() || command.csv || !command.document.empty() || command.points != 0) &&
         command.verb != Verb::Curve) {
@@ -73,6 +74,7 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
 }
 
 std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
+                                       const VekDeviceProfile* limits,
                                        const std::vector<std::string>& words,
                                        VekMasterCommand& command) {
     static const std::string kOutput = "--output=";
@@ -98,7 +100,7 @@ std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
             rest.push_back(word);
         }
     }
-    return read(catalog, rest, command);
+    return read(catalog, limits, rest, command);
 }
 
 }  // namespace vekmaster

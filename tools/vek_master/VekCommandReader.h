@@ -15,11 +15,12 @@ public:
     // The verbs, for the usage text.
     static bool isVerb(const std::string& word);
     // command comes with its options set (output, dryRun, bypass); "" or what is wrong.
-    static std::string read(const VekMessageCatalog& catalog, const std::vector<std::string>& words,
-                            VekMasterCommand& command);
+    // A message's values are checked against limits unless it is null (--force).
+    static std::string read(const VekMessageCatalog& catalog, const VekDeviceProfile* limits,
+                            const std::vector<std::string>& words, VekMasterCommand& command);
     // A script line: its words, of which --output=FILE, --dry-run and --bypass are options
     // of its command; "" or what is wrong.
-    static std::string readLine(const VekMessageCatalog& catalog,
+    static std::string readLine(const VekMessageCatalog& catalog, const VekDeviceProfile* limits,
                                 const std::vector<std::string>& words, VekMasterCommand& command);
 };
 

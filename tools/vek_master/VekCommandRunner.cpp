@@ -81,8 +81,8 @@ VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
 VekCommandResult VekCommandRunner::message(const VekMasterCommand& command) {
     VekCommandResult result;
     VekRawFileSink file(command.output);
-    const VekMasterReply& reply = access_.request(command.feature, command.name, command.args,
-                                                  command.output.empty() ? nullptr : &file);
+    const VekMasterReply& reply =
+        access_.send(command.request, command.output.empty() ? nullptr : &file);
     if (!reply.received) {
         return result.fail(VekExitStatus::of(reply), reply.problem);
     }
@@ -149,11 +149,11 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     if (!load(table_, command.paths[0], document, result)) {
         return result;
     }
-    const VekDeviceProfile::Breach breach =
+    const VekError breach =
         VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
-    if (breach.found()) {
+    if (breach) {
         return result.fail(VekExitStatus::kUsage,
-                           command.paths[0] + ": " + breach.problem + "; nothing was sent");
+                           command.paths[0] + ": " + breach.text + "; nothing was sent");
     }
     VekTuningApply::Options options;
     options.dryRun = command.dryRun;

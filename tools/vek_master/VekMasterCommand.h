@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "VekCheckedRequest.h"
 #include "VekSerDes.h"
 
 namespace vekmaster {
@@ -17,6 +18,7 @@ struct VekMasterCommand {
     std::string feature;  // Message: "Gain" "SetChannel" and its ARGs
     std::string name;
     vekprotocol::VekFields args;
+    VekCheckedRequest request;  // the same, as the catalogue passed it
     std::string output;    // --output=FILE: the raw data, or the snapshot's document
     std::string paths[2];  // Apply: the document; Diff: A and B (kDevice for the device)
     // Curve: the channel, and where its bands come from (a document, or "" for the device)

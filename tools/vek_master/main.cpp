@@ -164,7 +164,7 @@ void printHelp(const VekMessageCatalog& catalog) {
 // read and checked too; those named in a script are read when their line runs, since
 // an earlier line may write them.
 int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
-            std::vector<VekMasterCommand>& commands) {
+            const VekDeviceProfile* limits, std::vector<VekMasterCommand>& commands) {
     if (options.script.empty()) {
         VekMasterCommand command;
         command.output = options.output;
@@ -174,11 +174,11 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
         command.svg = options.svg;
         command.csv = options.csv;
         command.points = static_cast<size_t>(options.points);
-        const std::string problem = VekCommandReader::read(catalog, options.words, command);
+        const std::string problem = VekCommandReader::read(catalog, limits, options.words, command);
         if (!problem.empty()) {
             return usage(problem);
         }
-        const VekSettingsTable table(catalog);
+        const VekSettingsTable& table = VekSettingsTable::shared();
         for (const std::string& path : command.paths) {
             VekCommandResult result;
             VekValueJson::Json document;
@@ -202,7 +202,7 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
     for (const VekScriptReader::Line& line : VekScriptReader::split(text)) {
         VekMasterCommand command;
         command.line = line.number;
-        const std::string problem = VekCommandReader::readLine(catalog, line.words, command);
+        const std::string problem = VekCommandReader::readLine(catalog, limits, line.words, command);
         if (!problem.empty()) {
             complain(name + ':' + std::to_string(line.number) + ": " + problem);
             bad = true;
@@ -242,10 +242,10 @@ void warnForced(const VekMessageCatalog& catalog, const std::vector<VekMasterCom
         if (command.verb != Verb::Message || message == nullptr) {
             continue;
         }
-        const VekDeviceProfile::Breach breach =
+        const VekError breach =
             VekDeviceProfile::inUse()->check(*message, command.args);
-        if (breach.found()) {
-            complain("--force: " + breach.problem + "; sending it anyway");
+        if (breach) {
+            complain("--force: " + breach.text + "; sending it anyway");
         }
     }
 }
@@ -358,9 +358,8 @@ void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
     if (!several) {
         showProgress(session);
     }
-    session.setLimited(!options.force);
-    const VekSettingsTable table(session.catalog());
-    VekSessionAccess access(session, table, run.device);
+    session.setLimits(options.force ? nullptr : VekDeviceProfile::inUse());
+    VekSessionAccess access(session, VekSettingsTable::shared(), run.device);
     runCommands(access, session.catalog(), options, commands, several, run);
     run.traffic = session.traffic();
 }
@@ -505,8 +504,7 @@ void runDevice(const VekMasterOptions& options, const std::vector<VekMasterComma
 int main(int argc, char** argv) {
     VekMasterOptions options;
     std::string problem = options.parse(argc, argv);
-    VekMasterReply reply;
-    VekMessageCatalog catalog(reply);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     if (options.help) {
         printHelp(catalog);
         return VekExitStatus::kOk;
@@ -544,8 +542,8 @@ int main(int argc, char** argv) {
         return serve(options, trace);
     }
     std::vector<VekMasterCommand> commands;
-    catalog.setLimited(!options.force);
-    const int prepared = prepare(options, catalog, commands);
+    const auto profile = VekDeviceProfile::inUse();
+    const int prepared = prepare(options, catalog, options.force ? nullptr : profile.get(), commands);
     if (prepared != VekExitStatus::kOk) {
         return prepared;
     }

@@ -76,7 +76,7 @@ bool VekChannelBands::read(VekDeviceAccess& access, const std::string& name,
     const long count = std::strtol(counts->parts[index].text.c_str(), nullptr, 10);
     const long limit = std::min<long>(count, VekSettingsTable::kMaxBands);
     // Every band at once, on the line's window.
-    const VekMasterMessage* get = access.catalog().find(feature, "GetBandConfig");
+    const VekMasterMessage* get = VekMessageCatalog::shared().find(feature, "GetBandConfig");
     VekMasterExchange::Batch batch(static_cast<size_t>(std::max<long>(limit, 0)));
     for (size_t band = 0; band < batch.size(); ++band) {
         batch[band].message = get;

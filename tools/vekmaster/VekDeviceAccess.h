@@ -27,8 +27,10 @@ public:
     virtual const VekMasterReply& request(const std::string& feature, const std::string& name,
                                           const vekprotocol::VekFields& args,
                                           VekRawSink* raw) = 0;
-    // The messages a batch is made of.
-    virtual const VekMessageCatalog& catalog() const = 0;
+    // A request the catalogue has checked; the server of a remote device checks it anew.
+    virtual const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) {
+        return request(checked.message().feature, checked.message().name, checked.args(), raw);
+    }
     // Several messages, each with its reply (raw data kept in it); a session keeps its
     // window of them on the line at once, elsewhere they go one after another.
     virtual void exchange(VekMasterExchange::Batch& batch) {

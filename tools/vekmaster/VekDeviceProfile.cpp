@@ -8,7 +8,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "VekMasterReply.h"
 #include "VekMessageCatalog.h"
 #include "VekNames.h"
 #include "VekSettingsTable.h"
@@ -246,8 +245,7 @@ std::string VekDeviceProfile::read(const Json& json) {
     if (limits == nullptr || !limits->is_array()) {
         return "limits: expected an array of {feature, message, field, min, max, unit}";
     }
-    VekMasterReply scratch;
-    const VekMessageCatalog catalog(scratch);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     limits_.clear();
     for (size_t i = 0; i < limits->size(); ++i) {
         const Json& entry = (*limits)[i];
@@ -342,7 +340,7 @@ const VekDeviceProfile::Limit* VekDeviceProfile::find(const std::string& feature
     return whole;
 }
 
-VekDeviceProfile::Breach VekDeviceProfile::check(const VekMasterMessage& message,
+VekError VekDeviceProfile::check(const VekMasterMessage& message,
                                                  const vekprotocol::VekFields& args) const {
     // The values as the request carries them ("1.7" for an int goes as 1, -1 for a
     // uint as 4294967295): the payload block of the encoded frame.
@@ -374,7 +372,7 @@ VekDeviceProfile::Breach VekDeviceProfile::check(const VekMasterMessage& message
     return check(message.feature, message.name, message.signature.slots(), values);
 }
 
-VekDeviceProfile::Breach VekDeviceProfile::check(
+VekError VekDeviceProfile::check(
     const std::string& feature, const std::string& message,
     const std::vector<VekFieldSignature::Slot>& slots,
     const std::vector<std::vector<std::string>>& values, int channel) const {
@@ -403,8 +401,8 @@ VekDeviceProfile::Breach VekDeviceProfile::check(
             } else if (elements > 1) {
                 label += '[' + std::to_string(element) + ']';
             }
-            Breach breach;
-            breach.problem = feature + ' ' + message + ' ' + label + ' ' + text + " is outside " +
+            VekError breach(VekError::Kind::Range, "");
+            breach.text = feature + ' ' + message + ' ' + label + ' ' + text + " is outside " +
                              number(limit->min) + " to " + number(limit->max) +
                              (limit->unit.empty() ? "" : ' ' + limit->unit) + " (profile " +
                              name_ + ")";

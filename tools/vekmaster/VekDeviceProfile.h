@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VekError.h"
 #include "VekFieldSignature.h"
 #include "VekSerDes.h"
 #include "VekValueJson.h"
@@ -32,14 +33,6 @@ public:
         double min = 0;
         double max = 0;
         std::string unit;
-    };
-    // The first value out of range, or none (problem empty).
-    struct Breach {
-        std::string problem;  // "Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)"
-        std::string field;
-        double min = 0;
-        double max = 0;
-        bool found() const { return !problem.empty(); }
     };
     // Where a band's values sit among its six (0 to 5).
     struct BandLayout {
@@ -70,12 +63,14 @@ public:
     Shape shape(double code) const;
     const std::vector<Limit>& limits() const { return limits_; }
 
-    // The first argument of a message out of range, as the request would carry it.
-    Breach check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const;
+    // The first argument of a message out of range, as the request would carry it: a
+    // Range error ("Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile
+    // default)", with the field and its range), or none.
+    VekError check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const;
     // The first value of the fields out of range: values holds each slot's texts in slot
     // order (an array slot its elements). channel, when not -1, is the element a
     // one-text array slot stands for (one channel of a six-channel array).
-    Breach check(const std::string& feature, const std::string& message,
+    VekError check(const std::string& feature, const std::string& message,
                  const std::vector<VekFieldSignature::Slot>& slots,
                  const std::vector<std::vector<std::string>>& values, int channel = -1) const;
 

@@ -15,21 +15,26 @@ struct VekExitStatus {
     static constexpr int kDaemon = 69;
     static constexpr int kIo = 74;
 
-    static int of(const VekMasterReply& reply) {
-        switch (reply.outcome) {
-            case VekMasterReply::Outcome::Ok:
+    // The status of each kind of error; kOk for none.
+    static int of(VekError::Kind kind) {
+        switch (kind) {
+            case VekError::Kind::None:
                 return kOk;
-            case VekMasterReply::Outcome::Ng:
-                return kNg;
-            case VekMasterReply::Outcome::Refused:
+            case VekError::Kind::Usage:
+            case VekError::Kind::Range:
+            case VekError::Kind::NotFound:
                 return kUsage;
-            case VekMasterReply::Outcome::NoAnswer:
+            case VekError::Kind::NoAnswer:
                 return kNoAnswer;
-            case VekMasterReply::Outcome::LineFailed:
-            case VekMasterReply::Outcome::RawFailed:
+            case VekError::Kind::Busy:
+            case VekError::Kind::LineFailed:
+            case VekError::Kind::RawFailed:
                 break;
         }
         return kIo;
+    }
+    static int of(const VekMasterReply& reply) {
+        return reply.outcome == VekMasterReply::Outcome::Ng ? kNg : of(reply.error().kind);
     }
 };
 

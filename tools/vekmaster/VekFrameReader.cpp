@@ -81,7 +81,7 @@ void VekFrameReader::headerDone() {
     if (headerSeen_) {
         headerSeen_(header);
     }
-    vekprotocol::VekSerDes* endpoint = catalog_.endpoint(header[2]);
+    vekprotocol::VekSerDes* endpoint = decoder_.endpoint(header[2]);
     if (endpoint != nullptr) {
         // The endpoint decodes the fields only: the raw data does not pass through it
         // but goes to the sink, so the length it sees is 0.

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "VekMasterReply.h"
-#include "VekMessageCatalog.h"
+#include "VekReplyDecoder.h"
 #include "VekRawSink.h"
 
 namespace vekmaster {
@@ -25,8 +25,8 @@ class VekFrameReader {
 public:
     static constexpr size_t kMaxHeaderLine = 40960;
 
-    explicit VekFrameReader(VekMessageCatalog& catalog, VekMasterReply& reply)
-        : catalog_(catalog), reply_(reply) {}
+    explicit VekFrameReader(VekReplyDecoder& decoder, VekMasterReply& reply)
+        : decoder_(decoder), reply_(reply) {}
 
     // Told of every header line before it is decoded (the awaited answer may be chosen
     // then, with reply_.expect), and of every awaited answer once it is whole.
@@ -57,7 +57,7 @@ private:
     void headerDone();
     void frameDone();
 
-    VekMessageCatalog& catalog_;
+    VekReplyDecoder& decoder_;
     VekMasterReply& reply_;
     VekRawSink* sink_ = nullptr;
     HeaderSeen headerSeen_;

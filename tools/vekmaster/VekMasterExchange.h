@@ -2,6 +2,7 @@
 
 #include <deque>
 
+#include "VekCheckedRequest.h"
 #include "VekMasterMessage.h"
 #include "VekMasterReply.h"
 #include "VekSerDes.h"
@@ -16,6 +17,11 @@ struct VekMasterExchange {
     bool sent = false;
     VekMasterReply reply;
     size_t tag = 0;  // the caller's, to find what the request was for
+    bool checked = false;  // made from a checked request: the session sends it as it is
+
+    VekMasterExchange() = default;
+    explicit VekMasterExchange(const VekCheckedRequest& request)
+        : message(&request.message()), args(request.args()), checked(true) {}
 
     using Batch = std::deque<VekMasterExchange>;
 };

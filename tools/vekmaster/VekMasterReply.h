@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "VekError.h"
 #include "VekFieldPrinter.h"
 
 namespace vekmaster {
@@ -48,6 +49,23 @@ struct VekMasterReply {
         message = expectedMessage;
     }
     bool answered() const { return outcome == Outcome::Ok || outcome == Outcome::Ng; }
+    // Why there is no answer, as an error; none when it was answered.
+    VekError error() const {
+        switch (outcome) {
+            case Outcome::Ok:
+            case Outcome::Ng:
+                break;
+            case Outcome::Refused:
+                return {VekError::Kind::Usage, problem};
+            case Outcome::NoAnswer:
+                return {VekError::Kind::NoAnswer, problem};
+            case Outcome::LineFailed:
+                return {VekError::Kind::LineFailed, problem};
+            case Outcome::RawFailed:
+                return {VekError::Kind::RawFailed, problem};
+        }
+        return {};
+    }
     // The field of that name, or null.
     const VekFieldPrinter::Field* field(const std::string& name) const {
         for (const VekFieldPrinter::Field& f : fields) {

@@ -18,8 +18,10 @@ using Outcome = VekMasterReply::Outcome;
 
 VekMasterSession::VekMasterSession(VekSerialLine& line, int timeoutMs)
     : line_(line),
-      catalog_(reply_),
-      reader_(catalog_, reply_),
+      catalog_(VekMessageCatalog::shared()),
+      limits_(VekDeviceProfile::inUse()),
+      decoder_(reply_),
+      reader_(decoder_, reply_),
       memory_(reply_.rawData),
       timeoutMs_(timeoutMs) {}
 
@@ -48,12 +50,22 @@ const VekMasterReply& VekMasterSession::request(const std::string& feature, cons
 const VekMasterReply& VekMasterSession::request(const VekMasterMessage& message,
                                                 const vekprotocol::VekFields& args,
                                                 VekRawSink* raw) {
+    const VekError refused = catalog_.check(message, args, limits_.get());
+    if (refused) {
+        reply_.expect(message.feature, message.response);
+        return finish(Outcome::Refused, refused.text);
+    }
+    return send(message, args, raw);
+}
+
+const VekMasterReply& VekMasterSession::request(const VekCheckedRequest& checked, VekRawSink* raw) {
+    return send(checked.message(), checked.args(), raw);
+}
+
+const VekMasterReply& VekMasterSession::send(const VekMasterMessage& message,
+                                             const vekprotocol::VekFields& args, VekRawSink* raw) {
     const std::string what = message.feature + ' ' + message.name;
     reply_.expect(message.feature, message.response);
-    const std::string refused = catalog_.check(message, args);
-    if (!refused.empty()) {
-        return finish(Outcome::Refused, refused);
-    }
     self_ = self_ >= 65535 ? 1 : self_ + 1;
     std::stringstream frame;
     message.encode(args, self_, frame);
@@ -289,10 +301,11 @@ void VekMasterSession::Window::send() {
         const size_t index = next_++;
         VekMasterExchange& e = batch_[index];
         e.reply.expect(e.message->feature, e.message->response);
-        const std::string refused = s_.catalog_.check(*e.message, e.args);
-        if (!refused.empty()) {
+        const VekError refused =
+            e.checked ? VekError() : s_.catalog_.check(*e.message, e.args, s_.limits_.get());
+        if (refused) {
             e.reply.outcome = Outcome::Refused;
-            e.reply.problem = refused;
+            e.reply.problem = refused.text;
             if (inflight_.empty() && answered_ && answered_(batch_, index)) {
                 stopped_ = true;
             }

@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "VekFrameReader.h"
 #include "VekMasterExchange.h"
 #include "VekMasterReply.h"
+#include "VekDeviceProfile.h"
 #include "VekMessageCatalog.h"
+#include "VekReplyDecoder.h"
 #include "VekRawStringSink.h"
 #include "VekSerialLine.h"
 
@@ -44,6 +47,7 @@ public:
                                        const vekprotocol::VekFields& args,
                                        const VekMasterReply* reply)>;
 
+    // Values are checked against the process's device profile until setLimits().
     VekMasterSession(VekSerialLine& line, int timeoutMs);
     VekMasterSession(const VekMasterSession&) = delete;
     VekMasterSession& operator=(const VekMasterSession&) = delete;
@@ -62,6 +66,8 @@ public:
     // message or the ARGs do not fit it.
     const VekMasterReply& request(const std::string& feature, const std::string& name,
                                   const vekprotocol::VekFields& args, VekRawSink* raw = nullptr);
+    // A request the catalogue has checked already: sent as it is.
+    const VekMasterReply& request(const VekCheckedRequest& checked, VekRawSink* raw = nullptr);
 
     using Batch = VekMasterExchange::Batch;
     // Told of each request's outcome, in batch order; it may add requests to the batch.
@@ -74,17 +80,24 @@ public:
     void setWindow(int window) { window_ = window < 1 ? 1 : window; }
     int window() const { return window_; }
     // Sends the batch's requests in order and gives each its outcome (unsent ones stay
-    // NoAnswer with sent false). The raw data of answers is kept in their replies.
+    // NoAnswer with sent false). The raw data of answers is kept in their replies. A
+    // request marked checked is not checked again.
     void exchange(Batch& batch, const Answered& answered = {});
 
     const VekMessageCatalog& catalog() const { return catalog_; }
-    // Off: values outside the device profile's ranges are sent.
-    void setLimited(bool limited) { catalog_.setLimited(limited); }
+    // The ranges values are checked against; null: values outside them are sent.
+    void setLimits(std::shared_ptr<const VekDeviceProfile> limits) { limits_ = std::move(limits); }
+    // The catalogue's check with those ranges.
+    VekError check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const {
+        return catalog_.check(message, args, limits_.get());
+    }
     const Traffic& traffic() const { return traffic_; }
     // The answer of the request under way (its fields are in once its raw data begins).
     const VekMasterReply& reply() const { return reply_; }
 
 private:
+    const VekMasterReply& send(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                               VekRawSink* raw);
     const VekMasterReply& finish(VekMasterReply::Outcome outcome, const std::string& problem);
     // Tells the watcher the outcome of a request that went on the line.
     const VekMasterReply& told(const VekMasterMessage& message, const vekprotocol::VekFields& args);
@@ -97,7 +110,9 @@ private:
 
     VekSerialLine& line_;
     VekMasterReply reply_;
-    VekMessageCatalog catalog_;
+    const VekMessageCatalog& catalog_;
+    std::shared_ptr<const VekDeviceProfile> limits_;
+    VekReplyDecoder decoder_;
     VekFrameReader reader_;
     VekRawStringSink memory_;
     int timeoutMs_;

@@ -2,8 +2,17 @@
 
 #include <type_traits>
 
+#include "VekCommonMaster.h"
 #include "VekDeviceProfile.h"
+#include "VekEqMaster.h"
+#include "VekEqV2Master.h"
 #include "VekFieldReader.h"
+#include "VekGainMaster.h"
+#include "VekHfeMaster.h"
+#include "VekReplyDecoder.h"
+#include "VekReverbMaster.h"
+#include "VekSpeakerMaster.h"
+#include "VekVbMaster.h"
 
 namespace vekmaster {
 
@@ -30,8 +39,7 @@ std::string arguments(size_t count) {
 }  // namespace
 
 template <class Master, class Request>
-void VekMessageCatalog::addMessage(Master& master,
-                                   void (Master::*encoder)(std::stringstream&, const Request&)) {
+void VekMessageCatalog::addMessage(void (Master::*encoder)(std::stringstream&, const Request&)) {
     VekMasterMessage message;
     message.feature = Master::kFeature;
     message.name = operationOf(Request::kMessage);
@@ -39,8 +47,8 @@ void VekMessageCatalog::addMessage(Master& master,
     message.rawAnswer = std::is_same_v<Request, VekParamCommonFileContentRequest>;
     Request probe;
     fields(message.signature, probe);
-    message.encode = [&master, encoder](const VekFields& args, uint32_t self,
-                                        std::stringstream& out) {
+    // The encoders keep no state: a master of its own for each request.
+    message.encode = [encoder](const VekFields& args, uint32_t self, std::stringstream& out) {
         Request request;
         request.self = self;
         VekFieldReader reader(args);
@@ -48,6 +56,7 @@ void VekMessageCatalog::addMessage(Master& master,
         if (!reader.ok()) {
             return false;
         }
+        Master master;
         (master.*encoder)(out, request);
         return true;
     };
@@ -55,67 +64,62 @@ void VekMessageCatalog::addMessage(Master& master,
 }
 
 template <class Master, class... Requests>
-void VekMessageCatalog::addFeature(Master& master, void (Master::*... encoders)(std::stringstream&,
-                                                                                const Requests&)) {
-    sinks_.push_back(std::make_unique<VekResponseSink>(Master::kFeature, reply_));
-    VekResponseSink& sink = *sinks_.back();
-    master.setCallback(&sink);
-    features_.emplace_back(Master::kFeature, &master);
+void VekMessageCatalog::addFeature(void (Master::*... encoders)(std::stringstream&,
+                                                                const Requests&)) {
+    features_.emplace_back(Master::kFeature);
     const size_t first = messages_.size();
-    (addMessage(master, encoders), ...);
+    (addMessage(encoders), ...);
     // Each answer's field list, as the endpoint decodes it: a probe frame whose payload
     // is enough zeros for any record (a list takes them all).
+    VekMasterReply unused;
+    VekReplyDecoder decoder(unused);
+    vekprotocol::VekSerDes& endpoint = *decoder.endpoint(Master::kFeature);
     const VekFields header{"0", "0", Master::kFeature, "", "0", "OK"};
     const VekFields zeros(kProbeFields, "0");
     std::stringstream frame;
     for (size_t i = first; i < messages_.size(); ++i) {
         VekFields probe = header;
         probe[3] = messages_[i].response;
-        sink.probe(&messages_[i].answer);
-        master.decode(probe, zeros, frame, 0);
+        decoder.probe(Master::kFeature, &messages_[i].answer);
+        endpoint.decode(probe, zeros, frame, 0);
     }
-    sink.probe(nullptr);
 }
 
-VekMessageCatalog::VekMessageCatalog(VekMasterReply& reply) : reply_(reply) {
+const VekMessageCatalog& VekMessageCatalog::shared() {
+    static const VekMessageCatalog catalog;
+    return catalog;
+}
+
+VekMessageCatalog::VekMessageCatalog() {
     using Common = VekCommonMaster;
-    addFeature(common_, &Common::encodeVersionRequest, &Common::encodeFeatureRequest,
+    addFeature(&Common::encodeVersionRequest, &Common::encodeFeatureRequest,
                &Common::encodeFileListRequest, &Common::encodeFileContentRequest,
                &Common::encodeGetBypassRequest, &Common::encodeSetBypassRequest);
     using Gain = VekGainMaster;
-    addFeature(gain_, &Gain::encodeGetMasterRequest, &Gain::encodeSetMasterRequest,
+    addFeature(&Gain::encodeGetMasterRequest, &Gain::encodeSetMasterRequest,
                &Gain::encodeGetChannelRequest, &Gain::encodeSetChannelRequest,
                &Gain::encodeGetFadeBalanceRequest, &Gain::encodeSetFadeBalanceRequest);
     using Reverb = VekReverbMaster;
-    addFeature(reverb_, &Reverb::encodeGetEnableRequest, &Reverb::encodeGetModeRequest,
+    addFeature(&Reverb::encodeGetEnableRequest, &Reverb::encodeGetModeRequest,
                &Reverb::encodeSetModeRequest);
     using Eq = VekEqMaster;
-    addFeature(eq_, &Eq::encodeGetEnableRequest, &Eq::encodeSetEnableRequest,
+    addFeature(&Eq::encodeGetEnableRequest, &Eq::encodeSetEnableRequest,
                &Eq::encodeGetBandCountRequest, &Eq::encodeGetBandConfigRequest,
                &Eq::encodeSetBandConfigRequest);
     using EqV2 = VekEqV2Master;
-    addFeature(eqV2_, &EqV2::encodeGetEnableRequest, &EqV2::encodeSetEnableRequest,
+    addFeature(&EqV2::encodeGetEnableRequest, &EqV2::encodeSetEnableRequest,
                &EqV2::encodeGetBandCountRequest, &EqV2::encodeSetBandCountRequest,
                &EqV2::encodeGetBandConfigRequest, &EqV2::encodeSetBandConfigRequest);
     using Hfe = VekHfeMaster;
-    addFeature(hfe_, &Hfe::encodeGetEnableRequest, &Hfe::encodeSetEnableRequest,
+    addFeature(&Hfe::encodeGetEnableRequest, &Hfe::encodeSetEnableRequest,
                &Hfe::encodeGetChannelConfigRequest, &Hfe::encodeSetChannelConfigRequest);
     using Vb = VekVbMaster;
-    addFeature(vb_, &Vb::encodeGetEnableRequest, &Vb::encodeSetEnableRequest,
+    addFeature(&Vb::encodeGetEnableRequest, &Vb::encodeSetEnableRequest,
                &Vb::encodeGetChannelConfigRequest, &Vb::encodeSetChannelConfigRequest);
     using Speaker = VekSpeakerMaster;
-    addFeature(speaker_, &Speaker::encodeGetEnableRequest, &Speaker::encodeSetEnableRequest,
+    addFeature(&Speaker::encodeGetEnableRequest, &Speaker::encodeSetEnableRequest,
                &Speaker::encodeGetDelayRequest, &Speaker::encodeSetDelayRequest,
                &Speaker::encodeSetStylePatternRequest, &Speaker::encodeSetSinePatternRequest);
-}
-
-VekSerDes* VekMessageCatalog::endpoint(const std::string& feature) const {
-    for (const auto& entry : features_) {
-        if (entry.first == feature) {
-            return entry.second;
-        }
-    }
-    return nullptr;
 }
 
 const VekMasterMessage* VekMessageCatalog::find(const std::string& feature,
@@ -138,39 +142,64 @@ std::string VekMessageCatalog::names(const std::string& feature) const {
     return list;
 }
 
-std::string VekMessageCatalog::prepare(const std::vector<std::string>& words,
-                                       const VekMasterMessage*& message, VekFields& args) const {
+VekError VekMessageCatalog::lookup(const std::vector<std::string>& words,
+                                   const VekMasterMessage*& message) const {
+    message = nullptr;
     std::string features;
     bool known = false;
-    for (const auto& feature : features_) {
-        features += (features.empty() ? "" : " ") + feature.first;
-        known = known || (!words.empty() && words[0] == feature.first);
+    for (const std::string& feature : features_) {
+        features += (features.empty() ? "" : " ") + feature;
+        known = known || (!words.empty() && words[0] == feature);
     }
+    const auto usage = [](std::string why) { return VekError(VekError::Kind::Usage, std::move(why)); };
     if (words.empty()) {
-        return "expected FEATURE MESSAGE [ARG...] (features: " + features + ")";
+        return usage("expected FEATURE MESSAGE [ARG...] (features: " + features + ")");
     }
     const std::string& feature = words[0];
     if (!known) {
-        return "unknown feature '" + feature + "' (features: " + features + ")";
+        return usage("unknown feature '" + feature + "' (features: " + features + ")");
     }
     if (words.size() < 2) {
-        return feature + " needs a MESSAGE (messages: " + names(feature) + ")";
+        return usage(feature + " needs a MESSAGE (messages: " + names(feature) + ")");
     }
     message = find(feature, words[1]);
     if (message == nullptr) {
-        return feature + " has no message '" + words[1] + "' (messages: " + names(feature) + ")";
+        return usage(feature + " has no message '" + words[1] + "' (messages: " + names(feature) +
+                     ")");
     }
-    args.assign(words.begin() + 2, words.end());
-    return check(*message, args);
+    return {};
 }
 
-std::string VekMessageCatalog::check(const VekMasterMessage& message, const VekFields& args) const {
+VekError VekMessageCatalog::prepare(const std::vector<std::string>& words,
+                                   const VekDeviceProfile* limits,
+                                   VekCheckedRequest& checked) const {
+    const VekMasterMessage* message = nullptr;
+    const VekError unknown = lookup(words, message);
+    if (unknown) {
+        return unknown;
+    }
+    return check(*message, VekFields(words.begin() + 2, words.end()), limits, checked);
+}
+
+VekError VekMessageCatalog::check(const VekMasterMessage& message, const VekFields& args,
+                                  const VekDeviceProfile* limits,
+                                  VekCheckedRequest& checked) const {
+    VekError refused = check(message, args, limits);
+    if (!refused) {
+        checked = VekCheckedRequest(message, args);
+    }
+    return refused;
+}
+
+VekError VekMessageCatalog::check(const VekMasterMessage& message, const VekFields& args,
+                                  const VekDeviceProfile* limits) const {
     const std::string head = message.feature + ' ' + message.name;
+    const auto usage = [](std::string why) { return VekError(VekError::Kind::Usage, std::move(why)); };
     for (const std::string& arg : args) {
         // Nothing on the wire escapes a separator, and an empty last field is lost.
         if (arg.empty() || arg.find_first_of(":\n") != std::string::npos) {
-            return head + ": argument '" + arg +
-                   "' cannot be sent (it is empty or holds ':' or a line feed)";
+            return usage(head + ": argument '" + arg +
+                         "' cannot be sent (it is empty or holds ':' or a line feed)");
         }
     }
     const VekFieldSignature& wanted = message.signature;
@@ -180,13 +209,13 @@ std::string VekMessageCatalog::check(const VekMasterMessage& message, const VekF
             wanted.slots().empty() ? "no arguments"
                                    : arguments(wanted.count()) + (wanted.open() ? " or more" : "") +
                                          " (" + wanted.synopsis() + ")";
-        return head + " takes " + expected + ", got " + std::to_string(given);
+        return usage(head + " takes " + expected + ", got " + std::to_string(given));
     }
     std::stringstream scratch;
     if (!message.encode(args, 0, scratch)) {
-        return head + ": the arguments do not read as " + wanted.synopsis();
+        return usage(head + ": the arguments do not read as " + wanted.synopsis());
     }
-    return limited_ ? VekDeviceProfile::inUse()->check(message, args).problem : "";
+    return limits != nullptr ? limits->check(message, args) : VekError();
 }
 
 std::string VekMessageCatalog::help() const {

@@ -1,74 +1,60 @@
 #pragma once
 
-#include <memory>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "VekCommonMaster.h"
-#include "VekEqMaster.h"
-#include "VekEqV2Master.h"
-#include "VekGainMaster.h"
-#include "VekHfeMaster.h"
+#include "VekCheckedRequest.h"
+#include "VekError.h"
 #include "VekMasterMessage.h"
-#include "VekMasterReply.h"
-#include "VekResponseSink.h"
-#include "VekReverbMaster.h"
-#include "VekSpeakerMaster.h"
-#include "VekVbMaster.h"
 
 namespace vekmaster {
 
+class VekDeviceProfile;
+
 // Every request of every feature, derived from the master endpoints' encoders and the
-// request records' field lists; owns the master endpoints and their callbacks, which
-// put the awaited answer into the reply given at construction. One per line: the
-// endpoints' callbacks write to that line's reply.
+// request records' field lists. Immutable once built and holding no reply, so one
+// catalogue serves every line, thread and check of the process (shared()); replies are
+// decoded by each session's own VekReplyDecoder.
 class VekMessageCatalog {
 public:
-    explicit VekMessageCatalog(VekMasterReply& reply);
+    // The process's catalogue, built at first use.
+    static const VekMessageCatalog& shared();
+
+    VekMessageCatalog();
     VekMessageCatalog(const VekMessageCatalog&) = delete;
     VekMessageCatalog& operator=(const VekMessageCatalog&) = delete;
 
-    // The master endpoint of a feature, or null.
-    vekprotocol::VekSerDes* endpoint(const std::string& feature) const;
     // Every message, feature by feature in the order the endpoints define them.
     const std::vector<VekMasterMessage>& messages() const { return messages_; }
+    // The features, in the same order.
+    const std::vector<std::string>& features() const { return features_; }
     // The message "Gain" "SetMaster", or null.
     const VekMasterMessage* find(const std::string& feature, const std::string& name) const;
-    // Checks FEATURE MESSAGE ARG... and gives the message and its ARGs; "" or why it
-    // cannot be sent.
-    std::string prepare(const std::vector<std::string>& words, const VekMasterMessage*& message,
-                        vekprotocol::VekFields& args) const;
-    // Checks the ARGs of a message, and their ranges against the device profile in use
-    // unless limits are off; "" or why they cannot be sent.
-    std::string check(const VekMasterMessage& message, const vekprotocol::VekFields& args) const;
-    // Off: values outside the profile's ranges are sent (vek_master --force).
-    void setLimited(bool limited) { limited_ = limited; }
+    // Finds FEATURE MESSAGE (the first two words); a Usage error names what there is.
+    VekError lookup(const std::vector<std::string>& words, const VekMasterMessage*& message) const;
+    // Checks FEATURE MESSAGE ARG... and gives the checked request.
+    VekError prepare(const std::vector<std::string>& words, const VekDeviceProfile* limits,
+                     VekCheckedRequest& checked) const;
+    // Checks the ARGs of a message, and their ranges against limits unless it is null
+    // (vek_master --force); Usage or Range when they cannot be sent.
+    VekError check(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                   const VekDeviceProfile* limits) const;
+    // The same, giving the checked request.
+    VekError check(const VekMasterMessage& message, const vekprotocol::VekFields& args,
+                   const VekDeviceProfile* limits, VekCheckedRequest& checked) const;
     // One line per message: "  Gain SetChannel channelGain:float[6]".
     std::string help() const;
 
 private:
     template <class Master, class... Requests>
-    void addFeature(Master& master,
-                    void (Master::*... encoders)(std::stringstream&, const Requests&));
+    void addFeature(void (Master::*... encoders)(std::stringstream&, const Requests&));
     template <class Master, class Request>
-    void addMessage(Master& master, void (Master::*encoder)(std::stringstream&, const Request&));
+    void addMessage(void (Master::*encoder)(std::stringstream&, const Request&));
     std::string names(const std::string& feature) const;
 
-    VekMasterReply& reply_;
-    vekprotocol::VekCommonMaster common_;
-    vekprotocol::VekGainMaster gain_;
-    vekprotocol::VekReverbMaster reverb_;
-    vekprotocol::VekEqMaster eq_;
-    vekprotocol::VekEqV2Master eqV2_;
-    vekprotocol::VekHfeMaster hfe_;
-    vekprotocol::VekVbMaster vb_;
-    vekprotocol::VekSpeakerMaster speaker_;
-    std::vector<std::unique_ptr<VekResponseSink>> sinks_;
-    std::vector<std::pair<std::string, vekprotocol::VekSerDes*>> features_;
+    std::vector<std::string> features_;
     std::vector<VekMasterMessage> messages_;
-    bool limited_ = true;
 };
 
 }  // namespace vekmaster

@@ -19,7 +19,9 @@ public:
                                   const vekprotocol::VekFields& args, VekRawSink* raw) override {
         return session_.request(feature, name, args, raw);
     }
-    const VekMessageCatalog& catalog() const override { return session_.catalog(); }
+    const VekMasterReply& send(const VekCheckedRequest& checked, VekRawSink* raw) override {
+        return session_.request(checked, raw);
+    }
     void exchange(VekMasterExchange::Batch& batch) override { session_.exchange(batch); }
     bool read(const Json* only, VekDeviceReading& reading) override;
     VekTuningApply::Result apply(const Json& document,

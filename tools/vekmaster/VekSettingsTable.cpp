@@ -52,6 +52,11 @@ const std::vector<std::string>& VekSettingsTable::channels() {
     return names;
 }
 
+const VekSettingsTable& VekSettingsTable::shared() {
+    static const VekSettingsTable table(VekMessageCatalog::shared());
+    return table;
+}
+
 VekSettingsTable::VekSettingsTable(const VekMessageCatalog& catalog) {
     for (const Row& row : kRows) {
         VekSetting setting;

@@ -22,6 +22,9 @@ public:
     // The fixed-band equaliser's band count.
     static constexpr int kFixedBands = 20;
 
+    // The process's table, over the shared catalogue: read-only, so every thread uses it.
+    static const VekSettingsTable& shared();
+
     explicit VekSettingsTable(const VekMessageCatalog& catalog);
 
     const std::vector<VekSetting>& settings() const { return settings_; }

@@ -67,10 +67,10 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     // Every request is checked before the first is sent: a request also carries the
     // device's own values of the channels the document leaves alone.
     for (const Step& step : steps) {
-        const std::string refused = session_.catalog().check(*step.setting->set, step.args);
-        if (!refused.empty()) {
+        const VekError refused = session_.check(*step.setting->set, step.args);
+        if (refused) {
             result.status = VekExitStatus::kUsage;
-            result.problem = refused + "; nothing was set";
+            result.problem = refused.text + "; nothing was set";
             return result;
         }
     }

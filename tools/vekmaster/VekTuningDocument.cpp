@@ -187,11 +187,11 @@ std::string VekTuningDocument::check(const VekSettingsTable& table, const Json& 
     return "";
 }
 
-VekDeviceProfile::Breach VekTuningDocument::outOfRange(const VekSettingsTable& table,
+VekError VekTuningDocument::outOfRange(const VekSettingsTable& table,
                                                       const Json& document,
                                                       const VekDeviceProfile& profile) {
     const Json* settings = VekValueJson::member(&document, "settings");
-    VekDeviceProfile::Breach breach;
+    VekError breach;
     for (const VekSetting& setting : table.settings()) {
         const Json* value = settings != nullptr ? VekSettingItem::at(*settings, setting, {}) : nullptr;
         if (value == nullptr || setting.set == nullptr) {
@@ -199,7 +199,7 @@ VekDeviceProfile::Breach VekTuningDocument::outOfRange(const VekSettingsTable& t
         }
         VekSettingItem::forEach(setting, *value, [&](const VekSettingItem::Key& key, const Json& item) {
             VekSettingItem::Texts texts;
-            if (breach.found() || VekSettingItem::isMissing(item) ||
+            if (breach || VekSettingItem::isMissing(item) ||
                 !VekSettingItem::texts(setting, item, texts).empty()) {
                 return;
             }
@@ -210,11 +210,11 @@ VekDeviceProfile::Breach VekTuningDocument::outOfRange(const VekSettingsTable& t
                                        channels.begin())
                     : -1;
             breach = profile.check(setting.feature, setting.set->name, setting.value, texts, channel);
-            if (breach.found()) {
-                breach.problem = VekSettingItem::label(setting, key) + ": " + breach.problem;
+            if (breach) {
+                breach.text = VekSettingItem::label(setting, key) + ": " + breach.text;
             }
         });
-        if (breach.found()) {
+        if (breach) {
             break;
         }
     }

@@ -35,7 +35,7 @@ public:
     static std::string check(const VekSettingsTable& table, const Json& document);
     // The first value of a checked document outside the profile's ranges, its problem
     // led by its place: "Gain.master: Gain SetMaster masterGain 60 is outside ...".
-    static VekDeviceProfile::Breach outOfRange(const VekSettingsTable& table, const Json& document,
+    static VekError outOfRange(const VekSettingsTable& table, const Json& document,
                                                const VekDeviceProfile& profile);
 };
 

@@ -6,6 +6,7 @@
 #include "VekExitHttp.h"
 #include "VekHttpDispatch.h"
 #include "VekRequestBody.h"
+#include "VekSchemaJson.h"
 #include "VekStreamSink.h"
 #include "VekTuningDiff.h"
 #include "VekTuningDocument.h"
@@ -18,7 +19,6 @@ using namespace vekmaster;
 namespace {
 
 using Json = VekHttpExchange::Json;
-using Outcome = VekMasterReply::Outcome;
 
 // Raw data a client did not ask for: counted by the reply, kept nowhere.
 class Discard : public VekRawSink {
@@ -37,8 +37,12 @@ const Json* settingsOf(const Json& document) {
 
 }  // namespace
 
-VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
-    : lines_(lines), catalog_(scratch_), table_(catalog_) {
+VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
+                           std::shared_ptr<const VekDeviceProfile> limits)
+    : lines_(lines),
+      profile_(std::move(limits)),
+      catalog_(VekMessageCatalog::shared()),
+      table_(VekSettingsTable::shared()) {
     const auto bind = [this](void (VekApiRoutes::*handler)(const ExchangePtr&, const Params&)) {
         return [this, handler](const ExchangePtr& e, const Params& p) { (this->*handler)(e, p); };
     };
@@ -73,6 +77,11 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
     table.add("GET", "/api/profile",
               "the device profile in use: band values' meaning, every value's range",
               [this](const ExchangePtr& e, const Params&) { profile(e); });
+    table.add("GET", "/api/schema",
+              "every message and setting: fields, channels, bands, ranges and units",
+              [this](const ExchangePtr& e, const Params&) {
+                  e->answer(200, VekSchemaJson::of(catalog_, table_, *profile_));
+              });
     table.add("GET", "/api/devices/{}/eq/{}/curve",
               "a channel's equaliser response as the device holds it; ?points=N (16 to 2048)",
               bind(&VekApiRoutes::deviceCurve));
@@ -89,21 +98,9 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table)
               });
 }
 
-int VekApiRoutes::failureStatus(const VekMasterReply& reply) {
-    switch (reply.outcome) {
-        case Outcome::Refused:
-            return 400;
-        case Outcome::NoAnswer:
-            return 504;
-        case Outcome::RawFailed:
-            return 502;
-        default:
-            return 503;
-    }
-}
-
 void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
-    exchange->answer(failureStatus(reply), VekHttpExchange::error(reply.problem));
+    const VekError error = reply.error();
+    exchange->answer(VekExitHttp::status(error.kind), refusal(error));
 }
 
 void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
@@ -155,31 +152,28 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     if (target == nullptr) {
         return;
     }
-    const VekMasterMessage* checked = nullptr;
-    vekprotocol::VekFields args;
-    const std::string problem =
-        VekRequestBody::message(catalog_, exchange->request().body, checked, args);
-    if (!problem.empty()) {
-        exchange->answer(400, refusal(problem, checked, args));
+    VekCheckedRequest checked;
+    const VekError problem =
+        VekRequestBody::message(catalog_, profile_.get(), exchange->request().body, checked);
+    if (problem) {
+        exchange->answer(VekExitHttp::status(problem.kind), refusal(problem));
         return;
     }
     const bool raw = exchange->request().flag("raw");
     if (!raw) {
         // Nothing to stream: the line may send it in one window with other clients'.
         VekLineJob job;
-        job.message = checked;
-        job.args = args;
+        job.request = checked;
         job.answer = [exchange](const VekMasterReply& reply) { answerReply(exchange, reply); };
         submit(exchange, *target, std::move(job));
         return;
     }
     submit(exchange, *target,
-           [exchange, raw, feature = checked->feature, name = checked->name, args](
-               VekMasterSession& session, VekSessionAccess& access) {
+           [exchange, raw, checked](VekMasterSession& session, VekSessionAccess& access) {
                Discard discard;
                VekStreamSink stream(exchange, session);
                VekRawSink* sink = raw ? static_cast<VekRawSink*>(&stream) : &discard;
-               const VekMasterReply& reply = access.request(feature, name, args, sink);
+               const VekMasterReply& reply = access.send(checked, sink);
                if (stream.started()) {
                    return;
                }
@@ -231,10 +225,10 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
         exchange->answer(400, VekHttpExchange::error(problem));
         return;
     }
-    const VekDeviceProfile::Breach breach =
-        VekTuningDocument::outOfRange(table_, document, *VekDeviceProfile::inUse());
-    if (breach.found()) {
-        exchange->answer(400, rangeRefusal(breach));
+    const VekError breach =
+        VekTuningDocument::outOfRange(table_, document, *profile_);
+    if (breach) {
+        exchange->answer(VekExitHttp::status(breach.kind), refusal(breach));
         return;
     }
     VekTuningApply::Options options;
@@ -354,15 +348,14 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
     auto answers = std::make_shared<std::vector<Json>>(list.size());
     auto batch = std::make_shared<VekMasterSession::Batch>();
     for (size_t i = 0; i < list.size(); ++i) {
-        VekMasterExchange request;
-        const std::string why = VekRequestBody::message(catalog_, list[i], request.message,
-                                                        request.args);
-        if (why.empty()) {
-            request.tag = i;
-            batch->push_back(std::move(request));
-        } else {
-            (*answers)[i] = answer(400, refusal(why, request.message, request.args));
+        VekCheckedRequest checked;
+        const VekError why = VekRequestBody::message(catalog_, profile_.get(), list[i], checked);
+        if (why) {
+            (*answers)[i] = answer(VekExitHttp::status(why.kind), refusal(why));
+            continue;
         }
+        batch->emplace_back(checked);
+        batch->back().tag = i;
     }
     submit(exchange, *target, [exchange, answers, batch, answer](VekMasterSession& session,
                                                                  VekSessionAccess&) {
@@ -371,32 +364,24 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
             (*answers)[sent.tag] =
                 sent.reply.answered()
                     ? answer(200, VekWireReply::of(sent.reply))
-                    : answer(failureStatus(sent.reply), VekHttpExchange::error(sent.reply.problem));
+                    : answer(VekExitHttp::status(sent.reply.error().kind), refusal(sent.reply.error()));
         }
         exchange->answer(200, Json{{"answers", std::move(*answers)}});
     });
 }
 
-VekApiRoutes::Json VekApiRoutes::refusal(const std::string& problem,
-                                         const VekMasterMessage* checked,
-                                         const vekprotocol::VekFields& args) {
-    const VekDeviceProfile::Breach breach = checked != nullptr
-                                                ? VekDeviceProfile::inUse()->check(*checked, args)
-                                                : VekDeviceProfile::Breach();
-    return breach.found() && breach.problem == problem ? rangeRefusal(breach)
-                                                        : VekHttpExchange::error(problem);
-}
-
-VekApiRoutes::Json VekApiRoutes::rangeRefusal(const VekDeviceProfile::Breach& breach) {
-    Json body = VekHttpExchange::error(breach.problem);
-    body["field"] = breach.field;
-    body["min"] = VekValueJson::number(breach.min, 6);
-    body["max"] = VekValueJson::number(breach.max, 6);
+VekApiRoutes::Json VekApiRoutes::refusal(const VekError& error) {
+    Json body = VekHttpExchange::error(error.text);
+    if (error.kind == VekError::Kind::Range) {
+        body["field"] = error.field;
+        body["min"] = VekValueJson::number(error.min, 6);
+        body["max"] = VekValueJson::number(error.max, 6);
+    }
     return body;
 }
 
 void VekApiRoutes::profile(const ExchangePtr& exchange) {
-    exchange->answer(200, VekDeviceProfile::inUse()->json());
+    exchange->answer(200, profile_->json());
 }
 
 void VekApiRoutes::trace(const ExchangePtr& exchange, const Params& params) {
@@ -428,7 +413,7 @@ void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params
     }
     const int device = VekRequestBody::index(params[0], lines_.size());
     submit(exchange, *target,
-           [exchange, device, channel = params[1], points](VekMasterSession&,
+           [this, exchange, device, channel = params[1], points](VekMasterSession&,
                                                            VekSessionAccess& access) {
                VekChannelBands bands;
                const VekMasterReply* failed = nullptr;
@@ -445,8 +430,7 @@ void VekApiRoutes::deviceCurve(const ExchangePtr& exchange, const Params& params
                    }
                    return;
                }
-               const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
-               exchange->answer(200, bands.curve(*profile, points, device));
+               exchange->answer(200, bands.curve(*profile_, points, device));
            });
 }
 
@@ -458,7 +442,7 @@ void VekApiRoutes::curve(const ExchangePtr& exchange) {
         exchange->answer(400, VekHttpExchange::error(problem));
         return;
     }
-    exchange->answer(200, VekResponseCurve(*VekDeviceProfile::inUse(), points).json(bands));
+    exchange->answer(200, VekResponseCurve(*profile_, points).json(bands));
 }
 
 }  // namespace vekserve

@@ -24,13 +24,13 @@ public:
     using Params = VekRouteTable::Params;
     using Lines = std::vector<std::unique_ptr<VekLineWorker>>;
 
-    // Adds the routes to table; lines and table must outlive the routes.
-    VekApiRoutes(Lines& lines, VekRouteTable& table);
+    // Adds the routes to table; lines and table must outlive the routes. Messages and
+    // documents are checked against the ranges of limits.
+    VekApiRoutes(Lines& lines, VekRouteTable& table,
+                 std::shared_ptr<const vekmaster::VekDeviceProfile> limits);
     VekApiRoutes(const VekApiRoutes&) = delete;
     VekApiRoutes& operator=(const VekApiRoutes&) = delete;
 
-    // The HTTP status that says why a request got no answer.
-    static int failureStatus(const vekmaster::VekMasterReply& reply);
     // The status and body that say why a request got no answer.
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
@@ -52,11 +52,9 @@ private:
     void curve(const ExchangePtr& exchange);
     void batch(const ExchangePtr& exchange, const Params& params);
     using Json = VekHttpExchange::Json;
-    // Why a message is refused; for a value outside the profile's ranges, with the field
-    // and its range.
-    static Json refusal(const std::string& problem, const vekmaster::VekMasterMessage* checked,
-                        const vekprotocol::VekFields& args);
-    static Json rangeRefusal(const vekmaster::VekDeviceProfile::Breach& breach);
+    // The body that says why: {"error"}, and for a value outside the profile's ranges
+    // its field and range.
+    static Json refusal(const vekmaster::VekError& error);
 
     // The line a path names; null after answering 404.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
@@ -66,10 +64,9 @@ private:
     void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
 
     Lines& lines_;
-    vekmaster::VekMasterReply scratch_;  // the catalogue's, never sent: it only checks
-    vekmaster::VekMessageCatalog catalog_;
-    // Read-only once made, so the line threads share it.
-    const vekmaster::VekSettingsTable table_;
+    const std::shared_ptr<const vekmaster::VekDeviceProfile> profile_;
+    const vekmaster::VekMessageCatalog& catalog_;
+    const vekmaster::VekSettingsTable& table_;
 };
 
 }  // namespace vekserve

@@ -8,6 +8,27 @@ namespace vekserve {
 // not, is 200 (its body says which); no answer in time 504; bad usage or a bad document
 // 400; a line that failed, is disconnected or too busy 503.
 struct VekExitHttp {
+    // The HTTP status of each kind of error; 200 for none.
+    static int status(vekmaster::VekError::Kind kind) {
+        using Kind = vekmaster::VekError::Kind;
+        switch (kind) {
+            case Kind::None:
+                return 200;
+            case Kind::Usage:
+            case Kind::Range:
+                return 400;
+            case Kind::NotFound:
+                return 404;
+            case Kind::NoAnswer:
+                return 504;
+            case Kind::RawFailed:
+                return 502;
+            case Kind::Busy:
+            case Kind::LineFailed:
+                break;
+        }
+        return 503;
+    }
     static int status(int exit) {
         switch (exit) {
             case vekmaster::VekExitStatus::kOk:

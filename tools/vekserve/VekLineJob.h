@@ -19,9 +19,8 @@ struct VekLineJob {
     std::function<void(const std::string& why)> refuse;
     // Or a single message whose client needs nothing but its reply: the line keeps it on
     // the line in one window with other clients' such messages, and answer gets the
-    // reply (run is not used).
-    const vekmaster::VekMasterMessage* message = nullptr;
-    vekprotocol::VekFields args;
+    // reply (run is not used). Checked where it was made, it is not checked again.
+    vekmaster::VekCheckedRequest request;
     std::function<void(const vekmaster::VekMasterReply& reply)> answer;
 };
 

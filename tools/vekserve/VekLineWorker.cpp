@@ -51,6 +51,11 @@ void VekLineWorker::join() {
     }
 }
 
+VekLineWorker::State VekLineWorker::state() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return state_;
+}
+
 bool VekLineWorker::stopping() const {
     std::lock_guard<std::mutex> lock(mutex_);
     return stopping_;
@@ -119,7 +124,7 @@ void VekLineWorker::run() {
         lose(failure_);
     }
     while (!stopping()) {
-        if (describe()["state"] == "connected") {
+        if (state() == State::Connected) {
             serveJobs();
         } else {
             recover();
@@ -150,7 +155,7 @@ void VekLineWorker::serveJobs() {
                 return;
             }
             // Single messages waiting in a row go on the line together.
-            while (!queue_.empty() && queue_.front().message != nullptr &&
+            while (!queue_.empty() && queue_.front().request.valid() &&
                    messages.size() < static_cast<size_t>(session_->window())) {
                 messages.push_back(std::move(queue_.front()));
                 queue_.pop_front();
@@ -221,11 +226,10 @@ bool VekLineWorker::probe() {
 void VekLineWorker::serveMessages(std::vector<VekLineJob>& jobs) {
     lineFailed_ = false;
     unanswered_ = false;
-    vekmaster::VekMasterExchange::Batch batch(jobs.size());
+    vekmaster::VekMasterExchange::Batch batch;
     windowOwners_.clear();
     for (size_t i = 0; i < jobs.size(); ++i) {
-        batch[i].message = jobs[i].message;
-        batch[i].args = jobs[i].args;
+        batch.emplace_back(jobs[i].request);
         windowOwners_.push_back({jobs[i].client, jobs[i].requestId});
     }
     requestEvents_ = replyEvents_ = 0;
@@ -283,7 +287,7 @@ void VekLineWorker::pause() {
 bool VekLineWorker::identify() {
     lineFailed_ = false;
     unanswered_ = false;
-    VekDeviceReader reader(*session_, *table_);
+    VekDeviceReader reader(*session_, VekSettingsTable::shared());
     std::string version;
     std::vector<std::string> features;
     if (!reader.identify(version, features)) {
@@ -318,15 +322,13 @@ bool VekLineWorker::openLine(std::string& problem) {
     session_->setWindow(config_.window);
     session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
                                 const VekMasterReply* reply) { watch(message, args, reply); });
-    table_ = std::make_unique<VekSettingsTable>(session_->catalog());
-    access_ = std::make_unique<VekSessionAccess>(*session_, *table_, path_);
+    access_ = std::make_unique<VekSessionAccess>(*session_, VekSettingsTable::shared(), path_);
     idle_.clear();
     return true;
 }
 
 void VekLineWorker::closeLine() {
     access_.reset();
-    table_.reset();
     session_.reset();
     line_.reset();
 }

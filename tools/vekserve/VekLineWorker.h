@@ -81,6 +81,7 @@ private:
     bool readIdle(int timeoutMs);
     void setState(State state, const std::string& reason);
     bool stopping() const;
+    State state() const;
     void watch(const vekmaster::VekMasterMessage& message, const vekprotocol::VekFields& args,
                const vekmaster::VekMasterReply* reply);
     Json event(const char* type) const;
@@ -105,7 +106,6 @@ private:
     // The line thread's own.
     std::unique_ptr<vekmaster::VekSerialLine> line_;
     std::unique_ptr<vekmaster::VekMasterSession> session_;
-    std::unique_ptr<vekmaster::VekSettingsTable> table_;
     std::unique_ptr<vekmaster::VekSessionAccess> access_;
     std::string client_ = "serve";  // whose job is on the line
     std::string requestId_;         // and the request it answers ("" for the server's own)

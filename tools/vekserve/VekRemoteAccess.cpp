@@ -26,8 +26,9 @@ std::string textAt(const Json& object, const char* name) {
 VekRemoteAccess::VekRemoteAccess(VekHttpClient& client, int device)
     : client_(client),
       base_("/api/devices/" + std::to_string(device)),
-      catalog_(reply_),
-      table_(catalog_) {}
+      catalog_(VekMessageCatalog::shared()),
+      decoder_(reply_),
+      table_(VekSettingsTable::shared()) {}
 
 std::string VekRemoteAccess::errorOf(const std::string& body) {
     Json json;
@@ -133,7 +134,7 @@ const VekMasterReply& VekRemoteAccess::request(const std::string& feature, const
     const Json body = {{"feature", feature}, {"message", name}, {"args", args}};
     VekRawStringSink memory(reply_.rawData);
     VekRawSink& sink = raw != nullptr ? *raw : memory;
-    VekFrameReader reader(catalog_, reply_);
+    VekFrameReader reader(decoder_, reply_);
     reader.await(sink);
     const auto decode = [&](const std::string& wire) {
         Json json;

@@ -6,6 +6,7 @@
 #include "VekFrameReader.h"
 #include "VekHttpClient.h"
 #include "VekMessageCatalog.h"
+#include "VekReplyDecoder.h"
 #include "VekSettingsTable.h"
 
 namespace vekserve {
@@ -30,7 +31,6 @@ public:
     vekmaster::VekTuningApply::Result apply(const Json& document,
                                             const vekmaster::VekTuningApply::Options& options) override;
     const vekmaster::VekMasterReply& failure() const override { return failure_; }
-    const vekmaster::VekMessageCatalog& catalog() const override { return catalog_; }
 
 private:
     // Sets reply to how a request fared that got no answer: the status says which way.
@@ -43,8 +43,9 @@ private:
     VekHttpClient& client_;
     std::string base_;  // "/api/devices/N"
     vekmaster::VekMasterReply reply_;
-    vekmaster::VekMessageCatalog catalog_;
-    vekmaster::VekSettingsTable table_;
+    const vekmaster::VekMessageCatalog& catalog_;
+    vekmaster::VekReplyDecoder decoder_;
+    const vekmaster::VekSettingsTable& table_;
     vekmaster::VekMasterReply failure_;
 };
 

@@ -35,6 +35,11 @@ std::string parseObject(const std::string& body, Json& json) {
     return json.is_object() ? "" : "the body is not a JSON object";
 }
 
+std::string pointsRange() {
+    return "points must be a whole number from " + std::to_string(VekResponseCurve::kMinPoints) +
+           " to " + std::to_string(VekResponseCurve::kMaxPoints);
+}
+
 std::string checkDocument(const VekSettingsTable& table, const Json& document,
                           const std::string& where) {
     const std::string problem = VekTuningDocument::check(table, document);
@@ -67,11 +72,12 @@ bool VekRequestBody::shallow(const std::string& text) {
     return true;
 }
 
-std::string VekRequestBody::message(const VekMessageCatalog& catalog, const std::string& body,
-                                    const VekMasterMessage*& message, vekprotocol::VekFields& args) {
+VekError VekRequestBody::message(const VekMessageCatalog& catalog, const VekDeviceProfile* limits,
+                                 const std::string& body, VekCheckedRequest& checked) {
     Json json;
     const std::string problem = parseObject(body, json);
-    return problem.empty() ? VekRequestBody::message(catalog, json, message, args) : problem;
+    return problem.empty() ? VekRequestBody::message(catalog, limits, json, checked)
+                           : VekError(VekError::Kind::Usage, problem);
 }
 
 std::string VekRequestBody::messages(const std::string& body, std::vector<Json>& list) {
@@ -91,25 +97,23 @@ std::string VekRequestBody::messages(const std::string& body, std::vector<Json>&
     return "";
 }
 
-std::string VekRequestBody::message(const VekMessageCatalog& catalog, const Json& json,
-                                    const VekMasterMessage*& message, vekprotocol::VekFields& args) {
-    if (!json.is_object()) {
-        return "expected {\"feature\": FEATURE, \"message\": MESSAGE, \"args\": [ARG...]}";
-    }
-    std::string problem;
+VekError VekRequestBody::message(const VekMessageCatalog& catalog, const VekDeviceProfile* limits,
+                                 const Json& json, VekCheckedRequest& checked) {
+    const auto usage = [](std::string why) { return VekError(VekError::Kind::Usage, std::move(why)); };
     std::string feature;
     std::string name;
-    if (!textMember(json, "feature", feature) || !textMember(json, "message", name)) {
-        return "expected {\"feature\": FEATURE, \"message\": MESSAGE, \"args\": [ARG...]}";
+    if (!json.is_object() || !textMember(json, "feature", feature) ||
+        !textMember(json, "message", name)) {
+        return usage("expected {\"feature\": FEATURE, \"message\": MESSAGE, \"args\": [ARG...]}");
     }
-    message = nullptr;
-    problem = catalog.prepare({feature, name}, message, args);
-    if (message == nullptr) {
-        return problem;
+    const VekMasterMessage* message = nullptr;
+    const VekError unknown = catalog.lookup({feature, name}, message);
+    if (unknown) {
+        return unknown;
     }
     const Json* given = VekValueJson::member(&json, "args");
     if (given != nullptr && !given->is_array()) {
-        return "args must be an array";
+        return usage("args must be an array");
     }
     std::vector<const Json*> flat;
     if (given != nullptr) {
@@ -131,24 +135,24 @@ std::string VekRequestBody::message(const VekMessageCatalog& catalog, const Json
             slotOf.push_back(&slot);
         }
     }
-    args.clear();
+    vekprotocol::VekFields args;
     for (size_t i = 0; i < flat.size(); ++i) {
         std::string text;
         if (flat[i]->is_string()) {
             text = flat[i]->get<std::string>();
         } else if (i < slotOf.size()) {
-            problem = VekValueJson::toWire(slotOf[i]->base, *flat[i], text);
+            const std::string problem = VekValueJson::toWire(slotOf[i]->base, *flat[i], text);
             if (!problem.empty()) {
-                return message->feature + ' ' + message->name + ": argument " +
-                       std::to_string(i + 1) + " (" + slotOf[i]->name + ':' + slotOf[i]->type +
-                       ") " + problem;
+                return usage(message->feature + ' ' + message->name + ": argument " +
+                             std::to_string(i + 1) + " (" + slotOf[i]->name + ':' +
+                             slotOf[i]->type + ") " + problem);
             }
         } else {
             text = VekValueJson::dump(*flat[i]);
         }
         args.push_back(std::move(text));
     }
-    return catalog.check(*message, args);
+    return catalog.check(*message, args, limits, checked);
 }
 
 std::string VekRequestBody::document(const VekSettingsTable& table, const std::string& body,
@@ -220,14 +224,16 @@ std::string VekRequestBody::curve(const std::string& body,
         bands.push_back(values);
     }
     const Json* given = VekValueJson::member(&json, "points");
-    if (problem.empty()) {
-        problem = points(given == nullptr ? ""
-                         : given->is_number_unsigned() && given->get<uint64_t>() < 1000000
-                             ? std::to_string(given->get<uint64_t>())
-                             : "x",
-                         count);
+    count = VekResponseCurve::kDefaultPoints;
+    if (!problem.empty() || given == nullptr) {
+        return problem;
     }
-    return problem;
+    const uint64_t value = given->is_number_unsigned() ? given->get<uint64_t>() : 0;
+    if (value < VekResponseCurve::kMinPoints || value > VekResponseCurve::kMaxPoints) {
+        return pointsRange();
+    }
+    count = static_cast<size_t>(value);
+    return "";
 }
 
 std::string VekRequestBody::points(const std::string& text, size_t& points) {
@@ -241,9 +247,7 @@ std::string VekRequestBody::points(const std::string& text, size_t& points) {
     if (text.find_first_not_of("0123456789") != std::string::npos || *end != '\0' || errno != 0 ||
         value < static_cast<long>(VekResponseCurve::kMinPoints) ||
         value > static_cast<long>(VekResponseCurve::kMaxPoints)) {
-        return "points must be a whole number from " +
-               std::to_string(VekResponseCurve::kMinPoints) + " to " +
-               std::to_string(VekResponseCurve::kMaxPoints);
+        return pointsRange();
     }
     points = static_cast<size_t>(value);
     return "";

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "VekDeviceProfile.h"
 #include "VekMessageCatalog.h"
 #include "VekResponseCurve.h"
 #include "VekSettingsTable.h"
@@ -34,15 +35,17 @@ public:
     };
 
     // {"feature": "Gain", "message": "SetMaster", "args": [-10]}: the message and its
-    // ARGs as wire text. An argument is a JSON value of its field's type, or a string
-    // taken as the field's text; an array argument stands for its elements.
-    static std::string message(const vekmaster::VekMessageCatalog& catalog, const std::string& body,
-                               const vekmaster::VekMasterMessage*& message,
-                               vekprotocol::VekFields& args);
+    // ARGs as wire text, checked against limits unless it is null. An argument is a JSON
+    // value of its field's type, or a string taken as the field's text; an array
+    // argument stands for its elements.
+    static vekmaster::VekError message(const vekmaster::VekMessageCatalog& catalog,
+                                       const vekmaster::VekDeviceProfile* limits,
+                                       const std::string& body,
+                                       vekmaster::VekCheckedRequest& checked);
     // The same, already parsed: one element of a batch.
-    static std::string message(const vekmaster::VekMessageCatalog& catalog, const Json& json,
-                               const vekmaster::VekMasterMessage*& message,
-                               vekprotocol::VekFields& args);
+    static vekmaster::VekError message(const vekmaster::VekMessageCatalog& catalog,
+                                       const vekmaster::VekDeviceProfile* limits, const Json& json,
+                                       vekmaster::VekCheckedRequest& checked);
     // Messages that one window may carry; a batch is answered when its last answer is in.
     static constexpr size_t kMaxMessages = 1024;
     // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().

@@ -56,7 +56,8 @@ int VekServe::run() {
         return states;
     });
     VekRouteTable routes;
-    VekApiRoutes api(lines, routes);
+    const auto profile = vekmaster::VekDeviceProfile::inUse();
+    VekApiRoutes api(lines, routes, profile);
     VekHttpServer server(io, config_, routes, assets_, events);
     uint16_t port = 0;
     const std::string problem = server.listen(port);
@@ -67,7 +68,6 @@ int VekServe::run() {
     const bool v6 = config_.host.find(':') != std::string::npos;
     say("vek_master serve: listening on http://" + (v6 ? '[' + config_.host + ']' : config_.host) +
         ':' + std::to_string(port));
-    const auto profile = vekmaster::VekDeviceProfile::inUse();
     say("vek_master serve: device profile " + profile->name() + " (" + profile->source() + ")");
 
     net::steady_timer limit(io);

@@ -19,9 +19,8 @@ const VekDeviceProfile& profile() {
 // The check of FEATURE MESSAGE ARG... as the catalogue sends it.
 std::string check(const std::string& feature, const std::string& name,
                   const vekprotocol::VekFields& args) {
-    static VekMasterReply reply;
-    static const VekMessageCatalog catalog(reply);
-    return profile().check(*catalog.find(feature, name), args).problem;
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
+    return profile().check(*catalog.find(feature, name), args).text;
 }
 
 // A profile text with one limit entry replaced.
@@ -63,19 +62,25 @@ TEST(DeviceProfileTest, TheBuiltInProfileNamesTheValueTheRangeAndItself) {
 }
 
 TEST(DeviceProfileTest, TheCatalogueRefusesOutOfRangeValuesUnlessLimitsAreOff) {
-    VekMasterReply reply;
-    VekMessageCatalog catalog(reply);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     const VekMasterMessage& master = *catalog.find("Gain", "SetMaster");
-    EXPECT_EQ(catalog.check(master, {"60"}),
-              "Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)");
-    catalog.setLimited(false);
-    EXPECT_EQ(catalog.check(master, {"60"}), "");
+    VekCheckedRequest checked;
+    const VekError range = catalog.check(master, {"60"}, &profile(), checked);
+    EXPECT_EQ(range.kind, VekError::Kind::Range);
+    EXPECT_EQ(range.text, "Gain SetMaster masterGain 60 is outside -60 to 12 dB (profile default)");
+    EXPECT_EQ(range.field, "masterGain");
+    EXPECT_EQ(range.min, -60);
+    EXPECT_EQ(range.max, 12);
+    EXPECT_FALSE(checked.valid());
+    EXPECT_EQ(catalog.check(master, {"x"}, nullptr).kind, VekError::Kind::Usage);
+    EXPECT_FALSE(catalog.check(master, {"60"}, nullptr, checked));
+    ASSERT_TRUE(checked.valid());
+    EXPECT_EQ(&checked.message(), &master);
+    EXPECT_EQ(checked.args(), vekprotocol::VekFields{"60"});
 }
 
 TEST(DeviceProfileTest, ADocumentsValuesAreCheckedWhereTheyStand) {
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    const VekSettingsTable table(catalog);
+    const VekSettingsTable& table = VekSettingsTable::shared();
     const auto breach = [&](const std::string& settings) {
         VekTuningDocument::Json document;
         EXPECT_EQ(VekTuningDocument::parse(R"({"format": "vek-tuning/1", "settings": )" + settings + "}",
@@ -84,9 +89,9 @@ TEST(DeviceProfileTest, ADocumentsValuesAreCheckedWhereTheyStand) {
         EXPECT_EQ(VekTuningDocument::check(table, document), "");
         return VekTuningDocument::outOfRange(table, document, profile());
     };
-    EXPECT_FALSE(breach(R"({"Gain": {"master": -6, "channel": {"LF": 0, "L1": -4}}})").found());
-    const VekDeviceProfile::Breach channel = breach(R"({"Gain": {"channel": {"RS": 13}}})");
-    EXPECT_EQ(channel.problem,
+    EXPECT_FALSE(breach(R"({"Gain": {"master": -6, "channel": {"LF": 0, "L1": -4}}})"));
+    const VekError channel = breach(R"({"Gain": {"channel": {"RS": 13}}})");
+    EXPECT_EQ(channel.text,
               "Gain.channel[RS]: Gain SetChannel channelGain[RS] 13 is outside -30 to 12 dB "
               "(profile default)");
     EXPECT_EQ(channel.field, "channelGain");
@@ -94,10 +99,10 @@ TEST(DeviceProfileTest, ADocumentsValuesAreCheckedWhereTheyStand) {
     EXPECT_EQ(channel.max, 12);
     EXPECT_EQ(breach(R"({"EqV2": {"band": {"CF": [null, {"value1": 2, "value2": 1000, "value3": 30,
                       "value4": 1, "value5": 0, "value6": 1}]}}})")
-                  .problem,
+                  .text,
               "EqV2.band[CF/1]: EqV2 SetBandConfig value3 30 is outside -24 to 12 dB (profile default)");
     // What the device reports but cannot take is not checked.
-    EXPECT_FALSE(breach(R"({"Eq": {"bandCount": {"CF": 99}}})").found());
+    EXPECT_FALSE(breach(R"({"Eq": {"bandCount": {"CF": 99}}})"));
 }
 
 TEST(DeviceProfileTest, LoadingNamesTheFileAndTheBadEntry) {
@@ -162,9 +167,10 @@ TEST(DeviceProfileTest, TheProfileInUseIsTheBuiltInOneUntilReplaced) {
                            "mine.json"),
               "");
     VekDeviceProfile::use(other);
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    EXPECT_EQ(catalog.check(*catalog.find("Gain", "SetMaster"), {"-12"}),
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
+    EXPECT_EQ(catalog.check(*catalog.find("Gain", "SetMaster"), {"-12"},
+                            VekDeviceProfile::inUse().get())
+                  .text,
               "Gain SetMaster masterGain -12 is outside -10 to 0 dB (profile t)");
     EXPECT_EQ(VekDeviceProfile::inUse()->json()["source"], "mine.json");
     VekDeviceProfile::use(nullptr);

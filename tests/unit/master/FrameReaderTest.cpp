@@ -4,7 +4,7 @@
 
 #include "VekFrameReader.h"
 #include "VekMasterReply.h"
-#include "VekMessageCatalog.h"
+#include "VekReplyDecoder.h"
 
 namespace {
 
@@ -44,8 +44,8 @@ protected:
     }
 
     vekmaster::VekMasterReply reply;
-    vekmaster::VekMessageCatalog catalog{reply};
-    VekFrameReader reader{catalog, reply};
+    vekmaster::VekReplyDecoder decoder{reply};
+    VekFrameReader reader{decoder, reply};
     RecordingSink sink;
 };
 

@@ -5,6 +5,7 @@
 
 #include "VekAccessGuard.h"
 #include "VekBodyStream.h"
+#include "VekExitHttp.h"
 #include "VekHttpRequest.h"
 #include "VekRequestBody.h"
 #include "VekRouteTable.h"
@@ -136,12 +137,13 @@ TEST(ServeRulesTest, TheQueryIsDecoded) {
 }
 
 TEST(ServeRulesTest, AMessageBodyBecomesWireTextOfItsFieldTypes) {
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    const VekMasterMessage* message = nullptr;
     vekprotocol::VekFields args;
     const auto read = [&](const std::string& body) {
-        return VekRequestBody::message(catalog, body, message, args);
+        VekCheckedRequest checked;
+        const VekError problem = VekRequestBody::message(
+            VekMessageCatalog::shared(), &VekDeviceProfile::builtIn(), body, checked);
+        args = checked.valid() ? checked.args() : vekprotocol::VekFields{"unchecked"};
+        return problem.text;
     };
     EXPECT_EQ(read(R"({"feature":"EqV2","message":"SetBandConfig","args":["CF",3,2,1000,-3.5,0.707,0,1]})"), "");
     EXPECT_EQ(args, (vekprotocol::VekFields{"CF", "3", "2", "1000", "-3.5", "0.707", "0", "1"}));
@@ -189,17 +191,13 @@ TEST(ServeRulesTest, NestingPastTheLimitIsRefusedBeforeParsing) {
     EXPECT_FALSE(VekRequestBody::shallow(nested(60, "\"\\\\\"[[[[[[[[")));
     EXPECT_FALSE(VekRequestBody::shallow("]]]]" + nested(VekRequestBody::kMaxDepth + 1)));
     // Every body reader counts first.
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
     VekRequestBody::Diff diff;
-    EXPECT_EQ(VekRequestBody::diff(VekSettingsTable(catalog), R"({"a":)" + nested(100000) + "}", diff),
+    EXPECT_EQ(VekRequestBody::diff(VekSettingsTable::shared(), R"({"a":)" + nested(100000) + "}", diff),
               "the body nests arrays and objects deeper than 64 levels");
 }
 
 TEST(ServeRulesTest, ADiffHoldsADocumentAndAtMostOneDevice) {
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
-    const VekSettingsTable table(catalog);
+    const VekSettingsTable& table = VekSettingsTable::shared();
     VekRequestBody::Diff diff;
     const std::string doc = R"({"format":"vek-tuning/1","settings":{"Gain":{"master":-3}}})";
     EXPECT_EQ(VekRequestBody::diff(table, R"({"a":"device","b":)" + doc + R"(,"device":2})", diff), "");
@@ -250,6 +248,40 @@ TEST(ServeRulesTest, ABodyStreamBoundsWhatWaitsAndReleasesItsProducer) {
     VekBodyStream cut(8, [] {});
     cut.finish(false);
     EXPECT_EQ(cut.take(out), VekBodyStream::Take::Broken);
+}
+
+// One table per place an error surfaces: a client of the server and a script running
+// vek_master must read the same failure the same way.
+TEST(ServeRulesTest, EachKindOfErrorHasOneExitStatusAndOneHttpStatus) {
+    using Kind = vekmaster::VekError::Kind;
+    using vekmaster::VekExitStatus;
+    const struct {
+        Kind kind;
+        int exit;
+        int http;
+    } kinds[] = {
+        {Kind::None, VekExitStatus::kOk, 200},        {Kind::Usage, VekExitStatus::kUsage, 400},
+        {Kind::Range, VekExitStatus::kUsage, 400},    {Kind::NotFound, VekExitStatus::kUsage, 404},
+        {Kind::Busy, VekExitStatus::kIo, 503},        {Kind::NoAnswer, VekExitStatus::kNoAnswer, 504},
+        {Kind::LineFailed, VekExitStatus::kIo, 503}, {Kind::RawFailed, VekExitStatus::kIo, 502},
+    };
+    for (const auto& k : kinds) {
+        EXPECT_EQ(VekExitStatus::of(k.kind), k.exit) << static_cast<int>(k.kind);
+        EXPECT_EQ(VekExitHttp::status(k.kind), k.http) << static_cast<int>(k.kind);
+        // A status that comes back from a server reads as the exit status it stands for.
+        if (k.kind != Kind::None) {
+            EXPECT_EQ(VekExitHttp::exit(k.http), k.exit) << static_cast<int>(k.kind);
+        }
+    }
+    // A reply without an answer carries its kind; an NG answer is no error but exits 1.
+    VekMasterReply reply;
+    reply.outcome = VekMasterReply::Outcome::Refused;
+    reply.problem = "bad";
+    EXPECT_EQ(reply.error().kind, Kind::Usage);
+    EXPECT_EQ(reply.error().text, "bad");
+    reply.outcome = VekMasterReply::Outcome::Ng;
+    EXPECT_FALSE(reply.error());
+    EXPECT_EQ(VekExitStatus::of(reply), VekExitStatus::kNg);
 }
 
 }  // namespace
