@@ -103,8 +103,7 @@ int VekTraceCommand::show(const VekMasterOptions& options, std::string& out, std
     if (!problem.empty()) {
         return failed(err, problem, VekExitStatus::kIo);
     }
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     for (const VekTracePacket& p : trace.packets) {
         const std::string& line = trace.lines[p.line];
         if (!options.json) {

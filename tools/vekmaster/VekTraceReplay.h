@@ -31,16 +31,13 @@ public:
         std::string failure;  // the line failed: the replay stopped
     };
 
-    VekTraceReplay() : catalog_(reply_) {}
-
     // Replays the frames of the trace's line `line` on the open line.
     Result run(const VekTrace& trace, uint32_t line, VekSerialLine& on, const Options& options);
     // What differs between a recorded answer and the one that came; "" when none.
     std::vector<std::string> compare(const std::string& recorded, const std::string& now) const;
 
 private:
-    VekMasterReply reply_;
-    VekMessageCatalog catalog_;
+    const VekMessageCatalog& catalog_ = VekMessageCatalog::shared();
 };
 
 }  // namespace vekmaster

@@ -106,7 +106,7 @@ void VekRemoteAccess::exchange(VekMasterExchange::Batch& batch) {
                 refused(status->get<int>(), textAt(*body, "error"), reply_);
             } else {
                 VekRawStringSink memory(reply_.rawData);
-                VekFrameReader reader(catalog_, reply_);
+                VekFrameReader reader(decoder_, reply_);
                 reader.await(memory);
                 if (feedFrame(reader, *body)) {
                     reply_.outcome = reply_.fail ? Outcome::Ng : Outcome::Ok;

@@ -52,8 +52,7 @@ int main(int argc, char** argv) {
         std::cerr << "vek_dissector: " << argv[1] << " has no " << mark << " line\n";
         return 74;
     }
-    VekMasterReply reply;
-    const VekMessageCatalog catalog(reply);
+    const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     text.replace(at, mark.size(), table(catalog));
     std::ofstream out(argv[2], std::ios::trunc);
     out << text;

@@ -143,8 +143,7 @@ TEST(TraceLogTest, AJournalsLinesGiveTheirTimes) {
 }
 
 TEST(TraceFrameTest, FieldsAreNamedAfterTheRecord) {
-    vekmaster::VekMasterReply reply;
-    const vekmaster::VekMessageCatalog catalog(reply);
+    const vekmaster::VekMessageCatalog& catalog = vekmaster::VekMessageCatalog::shared();
     using Named = std::vector<std::pair<std::string, std::string>>;
     EXPECT_EQ(VekTraceFrame::parse("AS:1:0:Gain:GetFadeBalanceResponse:0:OK:<2:-1:15>:\n").named(catalog),
               (Named{{"fadeBalance[0]", "2"}, {"fadeBalance[1]", "-1"}, {"fadeBalance[2]", "15"}}));
