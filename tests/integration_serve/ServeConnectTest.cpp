@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <string>
 #include <vector>
@@ -15,7 +16,11 @@ namespace {
 // is left must be the same byte for byte.
 std::string neutral(std::string text, const std::vector<std::string>& paths) {
     text = std::regex_replace(text, std::regex(R"("self":\d+)"), "\"self\":N");
-    for (const std::string& path : paths) {
+    // The longest first: /dev/pts/1 would take the front off /dev/pts/10.
+    std::vector<std::string> longestFirst = paths;
+    std::sort(longestFirst.begin(), longestFirst.end(),
+              [](const std::string& a, const std::string& b) { return a.size() > b.size(); });
+    for (const std::string& path : longestFirst) {
         for (size_t at = text.find(path); at != std::string::npos; at = text.find(path, at)) {
             text.replace(at, path.size(), "PATH");
         }
