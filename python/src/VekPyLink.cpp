@@ -32,8 +32,6 @@ using Range = VekSetting::Range;
 namespace {
 
 // A daemon starts and stops within a second or two; these only bound a broken one.
-constexpr int kGreetingMs = 10000;
-constexpr int kStopMs = 10000;
 
 // Each kind of error as the exception Python sees.
 [[noreturn]] void raise(const vekmaster::VekError& error) {
@@ -211,37 +209,32 @@ void VekPyLink::open(const std::string& device, int baudRate, int timeoutMs) {
         throw py::value_error("baud_rate " + std::to_string(baudRate) + " is not one of " +
                               vektransport::VekLineSettings::rates());
     }
-    auto line = std::make_unique<vekmaster::VekSerialLine>();
     std::string problem;
     {
         py::gil_scoped_release nogil;
-        problem = line->open(device, baudRate);
+        problem = connection_.open(device, lineOptions(baudRate, timeoutMs));
     }
     if (!problem.empty()) {
         throw VekPyFailure(Kind::Line, problem);
     }
-    line_ = std::move(line);
+    access_ = &connection_.access();
     device_ = device;
-    start(timeoutMs);
 }
 
 std::string VekPyLink::launch(const std::string& path, const std::vector<std::string>& args,
                               const std::string& log, const std::vector<std::string>& environment,
                               int timeoutMs) {
-    auto launcher = std::make_unique<vekmaster::VekDaemonLauncher>();
-    launcher->setEnvironment(environment);
     std::string used;
-    std::string rest;
     std::string problem;
     {
         py::gil_scoped_release nogil;
-        problem = launcher->start(path, args, log, used);
+        problem = connection_.startDaemon(path, args, log, environment, used);
         if (problem.empty()) {
-            problem = launcher->awaitGreeting(kGreetingMs, rest);
+            problem = connection_.awaitDaemon(lineOptions(0, timeoutMs));
         }
         if (!problem.empty()) {
             std::string report;
-            launcher->stop(kStopMs, report);
+            connection_.close(report);
             problem += report.empty() ? "" : "; " + report;
         }
     }
@@ -249,13 +242,17 @@ std::string VekPyLink::launch(const std::string& path, const std::vector<std::st
         throw VekPyFailure(Kind::Daemon,
                            problem + (used.empty() ? "" : " (daemon log: " + used + ')'));
     }
-    line_ = std::make_unique<vekmaster::VekSerialLine>();
-    line_->adopt(launcher->line());
-    device_ = launcher->device();
-    launcher_ = std::move(launcher);
-    start(timeoutMs);
-    session_->preload(rest);
+    access_ = &connection_.access();
+    device_ = connection_.device();
     return used;
+}
+
+vekmaster::VekDeviceConnection::Options VekPyLink::lineOptions(int baudRate, int timeoutMs) const {
+    vekmaster::VekDeviceConnection::Options options;
+    options.baudRate = baudRate;
+    options.timeoutMs = timeoutMs;
+    options.window = window_;
+    return options;
 }
 
 py::list VekPyLink::requestMany(const py::list& requests) {
@@ -292,28 +289,23 @@ void VekPyLink::setWindow(int window) {
                               std::to_string(vekmaster::VekMasterSession::kMaxWindow));
     }
     window_ = window;
-    if (session_) {
-        session_->setWindow(window);
+    if (connection_.isOpen()) {
+        connection_.session().setWindow(window);
     }
-}
-
-void VekPyLink::start(int timeoutMs) {
-    session_ = std::make_unique<vekmaster::VekMasterSession>(*line_, timeoutMs);
-    session_->setWindow(window_);
-    access_ = std::make_unique<vekmaster::VekSessionAccess>(*session_, table_, device_);
 }
 
 void VekPyLink::connect(const std::string& url, int index, const std::string& token) {
     if (index < 0) {
         throw py::value_error("device_index " + std::to_string(index) + " is below 0");
     }
-    auto client = std::make_unique<vekserve::VekHttpClient>();
+    auto client = std::make_unique<vekhttp::VekHttpClient>();
     const std::string problem = client->open(url, token);
     if (!problem.empty()) {
         throw py::value_error("url " + problem);
     }
     client_ = std::move(client);
-    access_ = std::make_unique<vekserve::VekRemoteAccess>(*client_, index);
+    remote_ = std::make_unique<vekhttp::VekRemoteAccess>(*client_, index);
+    access_ = remote_.get();
     device_ = client_->url() + "/api/devices/" + std::to_string(index);
 }
 
@@ -323,14 +315,10 @@ py::tuple VekPyLink::close() {
     {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
-        access_.reset();
+        access_ = nullptr;
+        remote_.reset();
         client_.reset();
-        session_.reset();
-        line_.reset();
-        if (launcher_) {
-            clean = launcher_->stop(kStopMs, report);
-            launcher_.reset();
-        }
+        clean = connection_.close(report);
     }
     return py::make_tuple(clean, report);
 }
@@ -358,8 +346,8 @@ void VekPyLink::withAccess(Work&& work) {
         py::gil_scoped_release nogil;
         std::lock_guard<std::mutex> lock(mutex_);
         closed = !access_;
-        if (session_ != nullptr) {
-            session_->setLimits(limits());  // use_profile() may have changed it since
+        if (connection_.isOpen()) {
+            connection_.session().setLimits(limits());  // use_profile() may have changed it since
         }
         if (!closed) {
             work(*access_);
@@ -560,8 +548,8 @@ py::object VekPyLink::apply(py::handle document, bool dryRun, bool bypass) {
 py::tuple VekPyLink::traffic() {
     vekmaster::VekMasterSession::Traffic traffic;
     withAccess([&](vekmaster::VekDeviceAccess&) {
-        if (session_) {
-            traffic = session_->traffic();
+        if (connection_.isOpen()) {
+            traffic = connection_.session().traffic();
         }
     });
     return py::make_tuple(traffic.requests, traffic.bytesSent, traffic.bytesReceived);

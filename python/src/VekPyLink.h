@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "VekDaemonLauncher.h"
 #include "VekDeviceAccess.h"
+#include "VekDeviceConnection.h"
 #include "VekDeviceReading.h"
 #include "VekHttpClient.h"
+#include "VekRemoteAccess.h"
 #include "VekMasterSession.h"
 #include "VekMessageCatalog.h"
-#include "VekSerialLine.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
 
@@ -84,7 +84,8 @@ private:
                                                vekprotocol::VekFields& wire);
     // Throws when the link is closed.
     vekmaster::VekDeviceAccess& access();
-    void start(int timeoutMs);
+    // The line options for this link: its window with the given speed and timeout.
+    vekmaster::VekDeviceConnection::Options lineOptions(int baudRate, int timeoutMs) const;
     const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
     // The ranges values are checked against here: the profile in use, unless forced or
     // a server checks them with its own.
@@ -103,11 +104,10 @@ private:
     vekmaster::VekDeviceReading readDevice(const Json* only);
 
     std::mutex mutex_;
-    std::unique_ptr<vekmaster::VekDaemonLauncher> launcher_;
-    std::unique_ptr<vekmaster::VekSerialLine> line_;
-    std::unique_ptr<vekmaster::VekMasterSession> session_;
-    std::unique_ptr<vekserve::VekHttpClient> client_;
-    std::unique_ptr<vekmaster::VekDeviceAccess> access_;
+    vekmaster::VekDeviceConnection connection_;  // a line of our own
+    std::unique_ptr<vekhttp::VekHttpClient> client_;  // or a served device
+    std::unique_ptr<vekhttp::VekRemoteAccess> remote_;
+    vekmaster::VekDeviceAccess* access_ = nullptr;  // one of the two, while open
     const vekmaster::VekMessageCatalog& catalog_ = vekmaster::VekMessageCatalog::shared();
     bool forced_ = false;
     int window_ = vekmaster::VekMasterSession::kDefaultWindow;

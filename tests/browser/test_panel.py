@@ -23,7 +23,7 @@ def test_assets_come_with_their_types_and_fit_the_budget(rig):
                        ("/icon.svg", "image/svg+xml")):
         status, headers, body = rig.server.call("GET", path)
         assert status == 200 and headers["Content-Type"].startswith(kind), path
-    source = os.path.join(os.environ["VEK_SOURCE_DIR"], "tools", "panel", "www")
+    source = os.path.join(os.environ["VEK_SOURCE_DIR"], "pc", "panel", "www")
     for name in os.listdir(source):
         status, _, body = rig.server.call("GET", "/" + name)
         assert status == 200 and body == open(os.path.join(source, name), "rb").read(), name

@@ -267,10 +267,10 @@ TEST(ServeRulesTest, EachKindOfErrorHasOneExitStatusAndOneHttpStatus) {
     };
     for (const auto& k : kinds) {
         EXPECT_EQ(VekExitStatus::of(k.kind), k.exit) << static_cast<int>(k.kind);
-        EXPECT_EQ(VekExitHttp::status(k.kind), k.http) << static_cast<int>(k.kind);
+        EXPECT_EQ(vekhttp::VekExitHttp::status(k.kind), k.http) << static_cast<int>(k.kind);
         // A status that comes back from a server reads as the exit status it stands for.
         if (k.kind != Kind::None) {
-            EXPECT_EQ(VekExitHttp::exit(k.http), k.exit) << static_cast<int>(k.kind);
+            EXPECT_EQ(vekhttp::VekExitHttp::exit(k.http), k.exit) << static_cast<int>(k.kind);
         }
     }
     // A reply without an answer carries its kind; an NG answer is no error but exits 1.

@@ -100,7 +100,7 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
 
 void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
     const VekError error = reply.error();
-    exchange->answer(VekExitHttp::status(error.kind), refusal(error));
+    exchange->answer(vekhttp::VekExitHttp::status(error.kind), refusal(error));
 }
 
 void VekApiRoutes::answerReply(const ExchangePtr& exchange, const VekMasterReply& reply) {
@@ -156,7 +156,7 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     const VekError problem =
         VekRequestBody::message(catalog_, profile_.get(), exchange->request().body, checked);
     if (problem) {
-        exchange->answer(VekExitHttp::status(problem.kind), refusal(problem));
+        exchange->answer(vekhttp::VekExitHttp::status(problem.kind), refusal(problem));
         return;
     }
     const bool raw = exchange->request().flag("raw");
@@ -228,7 +228,7 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
     const VekError breach =
         VekTuningDocument::outOfRange(table_, document, *profile_);
     if (breach) {
-        exchange->answer(VekExitHttp::status(breach.kind), refusal(breach));
+        exchange->answer(vekhttp::VekExitHttp::status(breach.kind), refusal(breach));
         return;
     }
     VekTuningApply::Options options;
@@ -237,7 +237,7 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
     submit(exchange, *target,
            [exchange, document, options](VekMasterSession&, VekSessionAccess& access) {
                const VekTuningApply::Result result = access.apply(document, options);
-               exchange->answer(VekExitHttp::status(result.status), VekTuningApply::json(result));
+               exchange->answer(vekhttp::VekExitHttp::status(result.status), VekTuningApply::json(result));
            });
 }
 
@@ -351,7 +351,7 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
         VekCheckedRequest checked;
         const VekError why = VekRequestBody::message(catalog_, profile_.get(), list[i], checked);
         if (why) {
-            (*answers)[i] = answer(VekExitHttp::status(why.kind), refusal(why));
+            (*answers)[i] = answer(vekhttp::VekExitHttp::status(why.kind), refusal(why));
             continue;
         }
         batch->emplace_back(checked);
@@ -364,7 +364,7 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
             (*answers)[sent.tag] =
                 sent.reply.answered()
                     ? answer(200, VekWireReply::of(sent.reply))
-                    : answer(VekExitHttp::status(sent.reply.error().kind), refusal(sent.reply.error()));
+                    : answer(vekhttp::VekExitHttp::status(sent.reply.error().kind), refusal(sent.reply.error()));
         }
         exchange->answer(200, Json{{"answers", std::move(*answers)}});
     });

@@ -5,19 +5,19 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 
 #include "VekHostPort.h"
+#include "VekTokenFile.h"
 
 namespace vekserve {
 
 std::string VekServeConfig::listen(const std::string& text) {
-    VekHostPort parts;
-    if (!VekHostPort::split(text, parts) || parts.host.empty() || parts.port.empty()) {
+    vekhttp::VekHostPort parts;
+    if (!vekhttp::VekHostPort::split(text, parts) || parts.host.empty() || parts.port.empty()) {
         return "--listen=" + text + " is not HOST:PORT";
     }
     const std::string& name = parts.host;
-    if (name != "localhost" && !VekHostPort::ipAddress(name)) {
+    if (name != "localhost" && !vekhttp::VekHostPort::ipAddress(name)) {
         return "--listen=" + text + ": " + name + " is not an IP address or localhost";
     }
     const std::string& digits = parts.port;
@@ -45,20 +45,7 @@ bool VekServeConfig::loopback() const {
 }
 
 std::string VekServeConfig::readToken(const std::string& path) {
-    std::ifstream in(path);
-    std::string line;
-    if (!in || !std::getline(in, line)) {
-        return "cannot read the token from " + path +
-               (errno != 0 ? std::string(": ") + std::strerror(errno) : "");
-    }
-    const size_t first = line.find_first_not_of(" \t\r");
-    const size_t last = line.find_last_not_of(" \t\r");
-    token = first == std::string::npos ? "" : line.substr(first, last - first + 1);
-    if (token.size() < 16) {
-        token.clear();
-        return path + " must hold a token of at least 16 characters on its first line";
-    }
-    return "";
+    return vekhttp::VekTokenFile::read(path, token);
 }
 
 }  // namespace vekserve

@@ -156,7 +156,7 @@ void VekLineWorker::serveJobs() {
             }
             // Single messages waiting in a row go on the line together.
             while (!queue_.empty() && queue_.front().request.valid() &&
-                   messages.size() < static_cast<size_t>(session_->window())) {
+                   messages.size() < static_cast<size_t>(connection_.session().window())) {
                 messages.push_back(std::move(queue_.front()));
                 queue_.pop_front();
             }
@@ -196,7 +196,7 @@ void VekLineWorker::serveJobs() {
         lineFailed_ = false;
         unanswered_ = false;
         try {
-            job.run(*session_, *access_);
+            job.run(connection_.session(), connection_.access());
         } catch (const std::exception& e) {
             // A fault of ours must cost one answer, not the server; a client that was
             // answered already keeps its answer.
@@ -216,7 +216,7 @@ void VekLineWorker::serveJobs() {
 
 bool VekLineWorker::probe() {
     const std::string unanswered = failure_;
-    if (!session_->request("Common", "Version", {"vek_master"}).answered()) {
+    if (!connection_.session().request("Common", "Version", {"vek_master"}).answered()) {
         lose(unanswered + ", nor to a version probe");
         return false;
     }
@@ -233,7 +233,7 @@ void VekLineWorker::serveMessages(std::vector<VekLineJob>& jobs) {
         windowOwners_.push_back({jobs[i].client, jobs[i].requestId});
     }
     requestEvents_ = replyEvents_ = 0;
-    session_->exchange(batch);
+    connection_.session().exchange(batch);
     windowOwners_.clear();
     client_ = "serve";
     requestId_.clear();
@@ -249,7 +249,7 @@ void VekLineWorker::serveMessages(std::vector<VekLineJob>& jobs) {
 void VekLineWorker::recover() {
     while (!stopping()) {
         std::string problem;
-        if (!line_ && !openLine(problem)) {
+        if (!connection_.isOpen() && !openLine(problem)) {
             pause();
             continue;
         }
@@ -269,7 +269,7 @@ void VekLineWorker::recover() {
 
 void VekLineWorker::pause() {
     for (int i = 0; i < kIdleSlices && !greeted_; ++i) {
-        if (line_) {
+        if (connection_.isOpen()) {
             if (stopping() || !readIdle(static_cast<int>(kIdleSlice.count()))) {
                 closeLine();
                 return;
@@ -287,7 +287,7 @@ void VekLineWorker::pause() {
 bool VekLineWorker::identify() {
     lineFailed_ = false;
     unanswered_ = false;
-    VekDeviceReader reader(*session_, VekSettingsTable::shared());
+    VekDeviceReader reader(connection_.session(), VekSettingsTable::shared());
     std::string version;
     std::vector<std::string> features;
     if (!reader.identify(version, features)) {
@@ -303,39 +303,37 @@ bool VekLineWorker::identify() {
 }
 
 bool VekLineWorker::openLine(std::string& problem) {
-    line_ = std::make_unique<VekSerialLine>();
-    problem = line_->open(path_, config_.baudRate);
+    vekmaster::VekDeviceConnection::Options options;
+    options.baudRate = config_.baudRate;
+    options.timeoutMs = config_.timeoutMs;
+    options.window = config_.window;
+    options.trace = {&trace_};
+    if (config_.trace != nullptr) {
+        options.trace.push_back(config_.trace);
+    }
+    problem = connection_.open(path_, options);
     if (!problem.empty()) {
-        line_.reset();
         return false;
     }
-    if (!line_->latencyNote().empty() && !latencyTold_) {
+    const std::string& note = connection_.line().latencyNote();
+    if (!note.empty() && !latencyTold_) {
         latencyTold_ = true;  // once, not at every reopening
-        log_(line_->latencyNote());
+        log_(note);
     }
-    std::vector<vekmaster::VekTraceSink*> sinks{&trace_};
-    if (config_.trace != nullptr) {
-        sinks.push_back(config_.trace);
-    }
-    line_->trace(std::move(sinks), path_);
-    session_ = std::make_unique<VekMasterSession>(*line_, config_.timeoutMs);
-    session_->setWindow(config_.window);
-    session_->setWatcher([this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
-                                const VekMasterReply* reply) { watch(message, args, reply); });
-    access_ = std::make_unique<VekSessionAccess>(*session_, VekSettingsTable::shared(), path_);
+    connection_.session().setWatcher(
+        [this](const VekMasterMessage& message, const vekprotocol::VekFields& args,
+               const VekMasterReply* reply) { watch(message, args, reply); });
     idle_.clear();
     return true;
 }
 
 void VekLineWorker::closeLine() {
-    access_.reset();
-    session_.reset();
-    line_.reset();
+    connection_.close();
 }
 
 bool VekLineWorker::readIdle(int timeoutMs) {
     char buffer[4096];
-    const ssize_t n = line_->receive(buffer, sizeof(buffer), timeoutMs);
+    const ssize_t n = connection_.line().receive(buffer, sizeof(buffer), timeoutMs);
     if (n < 0) {
         failure_ = std::string("the line failed: ") + std::strerror(errno);
         lineFailed_ = true;
@@ -344,7 +342,7 @@ bool VekLineWorker::readIdle(int timeoutMs) {
     if (n > 0) {
         const std::string bytes(buffer, static_cast<size_t>(n));
         // A late answer to a request given up on is dropped by the session's reader.
-        session_->preload(bytes);
+        connection_.session().preload(bytes);
         idle_ += bytes;
         const size_t keep = std::strlen(kGreeting) - 1;
         if (idle_.find(kGreeting) != std::string::npos) {
@@ -358,7 +356,7 @@ bool VekLineWorker::readIdle(int timeoutMs) {
 }
 
 void VekLineWorker::lose(const std::string& reason) {
-    if (lineFailed_ || !line_) {
+    if (lineFailed_ || !connection_.isOpen()) {
         closeLine();
     }
     std::deque<VekLineJob> waiting;

@@ -2,7 +2,7 @@
 
 #include <arpa/inet.h>
 
-namespace vekserve {
+namespace vekhttp {
 
 bool VekHostPort::split(const std::string& text, VekHostPort& out) {
     out = VekHostPort();
@@ -33,4 +33,4 @@ bool VekHostPort::ipAddress(const std::string& name) {
            inet_pton(AF_INET6, name.c_str(), address) == 1;
 }
 
-}  // namespace vekserve
+}  // namespace vekhttp

@@ -6,6 +6,7 @@
 
 #include "VekDeviceProfile.h"
 #include "VekMessageCatalog.h"
+#include "VekRemoteAccess.h"
 #include "VekResponseCurve.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
@@ -47,7 +48,7 @@ public:
                                        const vekmaster::VekDeviceProfile* limits, const Json& json,
                                        vekmaster::VekCheckedRequest& checked);
     // Messages that one window may carry; a batch is answered when its last answer is in.
-    static constexpr size_t kMaxMessages = 1024;
+    static constexpr size_t kMaxMessages = vekhttp::VekRemoteAccess::kMaxBatch;
     // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().
     static std::string messages(const std::string& body, std::vector<Json>& list);
     // A tuning document (format vek-tuning/1).

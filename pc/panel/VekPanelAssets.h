@@ -4,7 +4,7 @@
 
 namespace vekserve {
 
-// The browser panel (tools/panel/www), compiled into the program: index.html at "/",
+// The browser panel (pc/panel/www), compiled into the program: index.html at "/",
 // its modules, styles and icon beside it.
 class VekPanelAssets {
 public:

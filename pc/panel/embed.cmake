@@ -30,7 +30,7 @@ foreach(_file IN LISTS FILES)
   math(EXPR _n "${_n} + 1")
 endforeach()
 file(WRITE ${OUTPUT}.new
-"// Written by tools/panel/embed.cmake from tools/panel/www at build time.
+"// Written by pc/panel/embed.cmake from pc/panel/www at build time.
 #include \"VekPanelAssets.h\"
 
 namespace vekserve {

@@ -12,6 +12,7 @@
 
 #include "VekEventHub.h"
 #include "VekLineJob.h"
+#include "VekDeviceConnection.h"
 #include "VekMasterSession.h"
 #include "VekSerialLine.h"
 #include "VekServeConfig.h"
@@ -104,9 +105,7 @@ private:
     std::vector<std::string> features_;
 
     // The line thread's own.
-    std::unique_ptr<vekmaster::VekSerialLine> line_;
-    std::unique_ptr<vekmaster::VekMasterSession> session_;
-    std::unique_ptr<vekmaster::VekSessionAccess> access_;
+    vekmaster::VekDeviceConnection connection_;
     std::string client_ = "serve";  // whose job is on the line
     std::string requestId_;         // and the request it answers ("" for the server's own)
     // Whose messages a window holds, in order, and how many of their events went out.

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace vekserve {
+namespace vekhttp {
 
 // A network authority as a URL, a Host header and --listen write it: "HOST:PORT",
 // "[V6]:PORT", or a host alone.
@@ -18,4 +18,4 @@ struct VekHostPort {
     static bool ipAddress(const std::string& name);
 };
 
-}  // namespace vekserve
+}  // namespace vekhttp

@@ -10,7 +10,7 @@
 
 #include "VekHostPort.h"
 
-namespace vekserve {
+namespace vekhttp {
 
 namespace net = boost::asio;
 namespace beast = boost::beast;
@@ -144,4 +144,4 @@ std::string VekHttpClient::exchange(const std::string& method, const std::string
     return "";
 }
 
-}  // namespace vekserve
+}  // namespace vekhttp

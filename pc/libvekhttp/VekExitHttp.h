@@ -2,7 +2,7 @@
 
 #include "VekExitStatus.h"
 
-namespace vekserve {
+namespace vekhttp {
 
 // vek_master's exit statuses and the HTTP statuses that say the same: an answer, NG or
 // not, is 200 (its body says which); no answer in time 504; bad usage or a bad document
@@ -52,4 +52,4 @@ struct VekExitHttp {
     }
 };
 
-}  // namespace vekserve
+}  // namespace vekhttp

@@ -9,7 +9,7 @@
 #include "VekReplyDecoder.h"
 #include "VekSettingsTable.h"
 
-namespace vekserve {
+namespace vekhttp {
 
 // A device served by `vek_master serve`, for vek_master --connect: every question goes
 // to the server's API and every answer comes back as the structure a line of our own
@@ -18,6 +18,9 @@ namespace vekserve {
 // off a line.
 class VekRemoteAccess : public vekmaster::VekDeviceAccess {
 public:
+    // The most messages the server takes in one batch; a longer one goes in slices.
+    static constexpr size_t kMaxBatch = 1024;
+
     VekRemoteAccess(VekHttpClient& client, int device);
     VekRemoteAccess(const VekRemoteAccess&) = delete;
     VekRemoteAccess& operator=(const VekRemoteAccess&) = delete;
@@ -49,4 +52,4 @@ private:
     vekmaster::VekMasterReply failure_;
 };
 
-}  // namespace vekserve
+}  // namespace vekhttp

@@ -7,7 +7,7 @@
 #include "VekRawStringSink.h"
 #include "VekTuningDocument.h"
 
-namespace vekserve {
+namespace vekhttp {
 
 using namespace vekmaster;
 
@@ -71,7 +71,7 @@ void VekRemoteAccess::exchange(VekMasterExchange::Batch& batch) {
             return;
         }
     }
-    constexpr size_t kSlice = 1024;  // the most the server takes in one batch
+    constexpr size_t kSlice = kMaxBatch;
     for (size_t first = 0; first < batch.size(); first += kSlice) {
         const size_t end = std::min(batch.size(), first + kSlice);
         Json messages = Json::array();
@@ -246,4 +246,4 @@ VekTuningApply::Result VekRemoteAccess::apply(const Json& document,
     return result;
 }
 
-}  // namespace vekserve
+}  // namespace vekhttp

@@ -23,8 +23,8 @@ bool sameSecret(const std::string& a, const std::string& b) {
 }  // namespace
 
 bool VekAccessGuard::ours(const std::string& authority) const {
-    VekHostPort parts;
-    if (!VekHostPort::split(authority, parts)) {
+    vekhttp::VekHostPort parts;
+    if (!vekhttp::VekHostPort::split(authority, parts)) {
         return false;
     }
     std::string name = parts.host;
@@ -40,7 +40,7 @@ bool VekAccessGuard::ours(const std::string& authority) const {
                           (inet_pton(AF_INET, name.c_str(), &v4) == 1 &&
                            (ntohl(v4.s_addr) >> 24) == 127);
     const bool wildcard = config_.host == "0.0.0.0" || config_.host == "::";
-    return loopback || name == config_.host || (wildcard && VekHostPort::ipAddress(name));
+    return loopback || name == config_.host || (wildcard && vekhttp::VekHostPort::ipAddress(name));
 }
 
 int VekAccessGuard::check(const VekHttpRequest& request, std::string& why, bool needToken) const {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-namespace vekserve {
+namespace vekhttp {
 
 // The client end of `vek_master serve` for vek_master --connect: one connection, kept
 // open from one request to the next, and answers of any size read piece by piece.
@@ -47,4 +47,4 @@ private:
     std::string token_;
 };
 
-}  // namespace vekserve
+}  // namespace vekhttp

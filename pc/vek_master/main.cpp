@@ -12,7 +12,7 @@
 
 #include "VekCommandReader.h"
 #include "VekCommandRunner.h"
-#include "VekDaemonLauncher.h"
+#include "VekDeviceConnection.h"
 #include "VekDeviceProfile.h"
 #include "VekDeviceRunner.h"
 #include "VekExitStatus.h"
@@ -23,6 +23,7 @@
 #include "VekScriptReader.h"
 #include "VekSessionAccess.h"
 #include "VekRemoteAccess.h"
+#include "VekTokenFile.h"
 #include "VekSerialLine.h"
 #include "VekServe.h"
 #include "VekTraceCommand.h"
@@ -35,9 +36,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Verb = VekMasterCommand::Verb;
 
-// A daemon starts and stops within a second or two; these only bound a broken one.
-constexpr int kGreetingMs = 10000;
-constexpr int kStopMs = 10000;
 // Answers smaller than this arrive too fast for a progress line to help.
 constexpr int64_t kProgressFrom = 4096;
 
@@ -349,17 +347,27 @@ void runCommands(VekDeviceAccess& access, const VekMessageCatalog& catalog,
     run.ms = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
 }
 
-// The commands on a line of our own.
-void runOnSession(VekMasterSession& session, const VekMasterOptions& options,
-                  const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
+// How vek_master's options open a line.
+VekDeviceConnection::Options lineOptions(const VekMasterOptions& options, VekTraceSink* trace) {
+    VekDeviceConnection::Options line;
+    line.baudRate = options.baudRate;
+    line.timeoutMs = options.timeoutMs;
     if (options.window > 0) {
-        session.setWindow(static_cast<int>(options.window));
+        line.window = static_cast<int>(options.window);
     }
+    if (trace != nullptr) {
+        line.trace = {trace};
+    }
+    return line;
+}
+
+// The commands on a line of our own.
+void runOnSession(VekMasterSession& session, VekDeviceAccess& access, const VekMasterOptions& options,
+                  const std::vector<VekMasterCommand>& commands, bool several, DeviceRun& run) {
     if (!several) {
         showProgress(session);
     }
     session.setLimits(options.force ? nullptr : VekDeviceProfile::inUse());
-    VekSessionAccess access(session, VekSettingsTable::shared(), run.device);
     runCommands(access, session.catalog(), options, commands, several, run);
     run.traffic = session.traffic();
 }
@@ -412,20 +420,18 @@ int runConnected(const VekMasterOptions& options, const VekMessageCatalog& catal
                  const std::vector<VekMasterCommand>& commands) {
     std::string token;
     if (!options.tokenFile.empty()) {
-        vekserve::VekServeConfig reader;
-        const std::string problem = reader.readToken(options.tokenFile);
+        const std::string problem = vekhttp::VekTokenFile::read(options.tokenFile, token);
         if (!problem.empty()) {
             complain(problem);
             return VekExitStatus::kIo;
         }
-        token = reader.token;
     }
-    vekserve::VekHttpClient client;
+    vekhttp::VekHttpClient client;
     const std::string problem = client.open(options.connect, token);
     if (!problem.empty()) {
         return usage("--connect=" + problem);
     }
-    vekserve::VekRemoteAccess access(client, options.deviceIndex);
+    vekhttp::VekRemoteAccess access(client, options.deviceIndex);
     DeviceRun run;
     run.index = options.deviceIndex;
     runCommands(access, catalog, options, commands, false, run);
@@ -441,53 +447,38 @@ std::string stats(const DeviceRun& run) {
 
 int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
                 VekTraceSink* trace) {
-    VekDaemonLauncher launcher;
+    VekDeviceConnection connection;
     std::string log;
-    std::string problem = launcher.start(options.launch, options.daemonArgs, options.log, log);
+    std::string problem = connection.startDaemon(options.launch, options.daemonArgs, options.log, {}, log);
     if (!problem.empty()) {
         complain(problem);
         return VekExitStatus::kDaemon;
     }
     std::fprintf(stderr, "daemon log: %s\n", log.c_str());
-    std::string rest;
-    problem = launcher.awaitGreeting(kGreetingMs, rest);
+    problem = connection.awaitDaemon(lineOptions(options, trace));
     int status = VekExitStatus::kOk;
     if (!problem.empty()) {
         complain(problem);
         status = VekExitStatus::kDaemon;
     } else {
-        VekSerialLine line;
-        line.adopt(launcher.line());
-        if (trace != nullptr) {
-            line.trace({trace}, launcher.device());
-            line.noteReceived("HELLO!\n" + rest);
-        }
-        VekMasterSession session(line, options.timeoutMs);
-        session.preload(rest);
         DeviceRun run;
-        run.device = launcher.device();
-        runOnSession(session, options, commands, false, run);
+        run.device = connection.device();
+        runOnSession(connection.session(), connection.access(), options, commands, false, run);
         status = run.status;
         if (options.stats) {
             print(stats(run) + '\n', stderr);
         }
     }
     std::string report;
-    const bool clean = launcher.stop(kStopMs, report);
+    const bool clean = connection.close(report);
     std::fprintf(stderr, "%s\n", report.c_str());
     return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
 }
 
 void runDevice(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
                bool several, VekTraceSink* trace, DeviceRun& run) {
-    VekSerialLine line;
-    if (trace != nullptr) {
-        line.trace({trace}, run.device);
-    }
-    const std::string unusable = line.open(run.device, options.baudRate);
-    if (unusable.empty() && !line.latencyNote().empty()) {
-        complain(line.latencyNote());
-    }
+    VekDeviceConnection connection;
+    const std::string unusable = connection.open(run.device, lineOptions(options, trace));
     if (!unusable.empty()) {
         run.status = run.last.fail(VekExitStatus::kIo, unusable).status;
         if (!several) {
@@ -495,8 +486,10 @@ void runDevice(const VekMasterOptions& options, const std::vector<VekMasterComma
         }
         return;
     }
-    VekMasterSession session(line, options.timeoutMs);
-    runOnSession(session, options, commands, several, run);
+    if (!connection.line().latencyNote().empty()) {
+        complain(connection.line().latencyNote());
+    }
+    runOnSession(connection.session(), connection.access(), options, commands, several, run);
 }
 
 }  // namespace
@@ -573,8 +566,9 @@ int main(int argc, char** argv) {
         // Documents only (two compared, a curve drawn from one): no device is involved.
         VekSerialLine none;
         VekMasterSession session(none, options.timeoutMs);
+        VekSessionAccess access(session, VekSettingsTable::shared(), "");
         DeviceRun run;
-        runOnSession(session, options, commands, false, run);
+        runOnSession(session, access, options, commands, false, run);
         return run.status;
     }
     const bool several = options.devices.size() > 1;
