@@ -16,7 +16,6 @@
 #include "VekDeviceProfile.h"
 #include "VekDeviceRunner.h"
 #include "VekExitStatus.h"
-#include "VekLineSettings.h"
 #include "VekMasterHelp.h"
 #include "VekMasterOptions.h"
 #include "VekMasterSession.h"

@@ -49,7 +49,7 @@ const std::vector<VekMasterHelp::Section>& VekMasterHelp::sections() {
               "print the values that differ, one per line as\n"
               "feature.setting[channel/band]: a -> b; A and B are each a\n"
               "document or the word device (the connected device)\n",
-              Value::File},
+              Value::Document},
              {"curve CHANNEL",
               "the equaliser response of a channel (LF RF LS RS CF L1) from\n"
               "its bands on the device, or in a document with --document=FILE:\n"

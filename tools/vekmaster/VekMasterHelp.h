@@ -12,8 +12,9 @@ class VekMessageCatalog;
 // can list what the others do not.
 class VekMasterHelp {
 public:
-    // What an option's value or a command's operand is, for the completion.
-    enum class Value { None, File, Line, Program, Channel, Other };
+    // What an option's value or a command's operands are, for the completion: a file, a
+    // document or the word device, a serial line, a program, a channel name.
+    enum class Value { None, File, Document, Line, Program, Channel, Other };
 
     struct Entry {
         const char* term;  // "--device=PATH", "apply FILE"
