@@ -3,25 +3,9 @@
 
     examples.py SOURCE_DIR BUILD_DIR [PAGE...]
 
-Which blocks run, and what they must print (docs/build.md says the same for writers):
-
-- A fenced block whose info string is `sh run` runs in bash (-e, pipefail); `python run`
-  runs in /usr/bin/python3. `sh run serve` / `python run serve` first has a server
-  running for the page (below). Any other block is only shown.
-- The next fenced block, if its info string is `output`, is what the run prints, standard
-  output and standard error together. Without one the run need only succeed.
-- In an output block `…` stands for any text within its line, and a line that is only
-  `…` for any number of lines: times, paths, pids and sizes that change between runs.
-- Each page runs in a scratch folder of its own, its blocks in order (a file one block
-  writes, the next can read), with `build`, `tools`, `examples` and `python` linked to the
-  build's and the source's; the built vek_master, vek_tuner and vek_cable come first on
-  PATH, and PYTHONPATH holds the built Python package.
-- The server of `run serve`: `vek_master serve` on a free port with two simulated
-  daemons on cables (device 0 also serves Reverb); `8741` in the block is that port.
-
-Exit status 0 when every example prints what its page shows, 1 otherwise, 77 (skipped)
-when the build lacks a program the examples need (a Python example alone is skipped
-when the module is not built).
+Which blocks run and how their output is written: docs/build.md, "Manual pages,
+completion and the examples of these pages". Exit status 0 when every example prints what
+its page shows, 1 otherwise, 77 (skipped) when the build lacks a program they need.
 """
 
 import glob
