@@ -44,11 +44,16 @@ def blocks(path):
 
 
 def examples(path):
-    """(line, words of the info string, code, expected output or None) to run."""
+    """(line, words of the info string, code, expected output or None) to run, and the
+    files to write as (line, ["file", NAME], text, None)."""
     found = blocks(path)
     runs = []
     for i, (line, info, text) in enumerate(found):
         words = info.split()
+        named = [w[len("file="):] for w in words if w.startswith("file=")]
+        if named:
+            runs.append((line, ["file", named[0]], text, None))
+            continue
         if len(words) < 2 or words[1] != "run":
             continue
         expected = None
@@ -128,9 +133,10 @@ class Server:
 
 def run_page(page, source, build):
     runs = examples(page)
-    if not runs:
+    if not any(words[0] != "file" for _, words, _, _ in runs):
         return 0, 0
     failures = 0
+    runs_counted = sum(words[0] != "file" for _, words, _, _ in runs)
     name = os.path.relpath(page, source)
     with tempfile.TemporaryDirectory(prefix="vek-examples-") as work:
         os.symlink(build, f"{work}/build")
@@ -146,6 +152,10 @@ def run_page(page, source, build):
         server = None
         try:
             for line, words, code, expected in runs:
+                if words[0] == "file":
+                    with open(f"{work}/{words[1]}", "w", encoding="utf-8") as f:
+                        f.write(code)
+                    continue
                 if words[0] == "python" and not glob.glob(f"{build}/python/vektuner/_vektuner*"):
                     print(f"SKIP {name}:{line}: the Python module is not built (it needs "
                           "pybind11-dev and python3-dev)")
@@ -174,7 +184,7 @@ def run_page(page, source, build):
         finally:
             if server is not None:
                 server.stop()
-    return len(runs), failures
+    return runs_counted, failures
 
 
 def main():
