@@ -43,8 +43,8 @@ void VekManPage::usage(const std::string& words) {
     out_ += ".PP\n.in +4n\n.ti -4n\n" + term(words) + "\n.in\n";
 }
 
-void VekManPage::item(const std::string& termWords, const std::string& text) {
-    out_ += ".TP\n" + term(termWords) + '\n' + fill(text) + '\n';
+void VekManPage::item(const std::string& termWords, const std::string& text, bool lines) {
+    out_ += ".TP\n" + term(termWords) + '\n' + fill(text, lines ? "\n.br\n" : " ") + '\n';
 }
 
 void VekManPage::verbatim(const std::string& lines) {
@@ -81,15 +81,19 @@ std::string VekManPage::escape(const std::string& text, bool minus) {
     return out;
 }
 
-// Line feeds become spaces: the formatter fills the lines again to the page's width.
-std::string VekManPage::fill(const std::string& text) {
-    std::string out = escape(text);
-    while (!out.empty() && out.back() == '\n') {
-        out.pop_back();
+// Line feeds become join, a space as a rule: the formatter fills the lines again to the
+// page's width.
+std::string VekManPage::fill(const std::string& text, const char* join) {
+    std::string escaped = escape(text);
+    while (!escaped.empty() && escaped.back() == '\n') {
+        escaped.pop_back();
     }
-    for (char& c : out) {
+    std::string out;
+    for (const char c : escaped) {
         if (c == '\n') {
-            c = ' ';
+            out += join;
+        } else {
+            out += c;
         }
     }
     return out;

@@ -15,8 +15,9 @@ public:
     void paragraph(const std::string& text);
     // One usage line of term words, its wrapped part indented.
     void usage(const std::string& words);
-    // A term with its description below it.
-    void item(const std::string& term, const std::string& text);
+    // A term with its description below it; lines: each line of text kept on a line of
+    // its own (a list of values), else the lines are filled.
+    void item(const std::string& term, const std::string& text, bool lines = false);
     // Lines kept as they are, in a fixed-width block.
     void verbatim(const std::string& lines);
 
@@ -26,7 +27,7 @@ private:
     // minus: every '-' a minus sign (in names, which must not break there), not only
     // the dashes that start an option.
     static std::string escape(const std::string& text, bool minus = false);
-    static std::string fill(const std::string& text);
+    static std::string fill(const std::string& text, const char* join = " ");
     static std::string term(const std::string& words);
 
     std::string out_;

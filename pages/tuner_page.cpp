@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
         "output; an unknown argument is ignored without a message.\n");
     page.heading("OPTIONS");
     for (const VekTunerHelp::Option& option : VekTunerHelp::kOptions) {
-        page.item(option.synopsis, option.text);
+        page.item(option.synopsis, option.text, true);
     }
     page.heading("SIGNALS");
     page.item("SIGUSR1", "stops the daemon in order; it then prints its ending line.\n");
