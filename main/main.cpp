@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include "AudioSemaphore.h"
 #include "Signals.h"
@@ -12,41 +13,12 @@
 #include "VekServer.h"
 #include "VekServerConfig.h"
 #include "VekText.h"
+#include "VekTunerHelp.h"
 #include "VekTransportUsb.h"
 
 using vekprotocol::VekOption;
 
 namespace {
-
-const char kHelp[] =
-    "[AST][INF]\n"
-    "[AST][INF]NAME\n"
-    "[AST][INF]    vek_tuner\n"
-    "[AST][INF]\n"
-    "[AST][INF]SYNOPSIS\n"
-    "[AST][INF]    vek_tuner [OPTION]...\n"
-    "[AST][INF]\n"
-    "[AST][INF]DESCRIPTION\n"
-    "[AST][INF]    Run the slave of VEK(Dravino Audio Tuner).\n"
-    "[AST][INF]    Mandatory arguments to long options ONLY.\n"
-    "[AST][INF]\n"
-    "[AST][INF]    --progress=progressName [default=vek_server]\n"
-    "[AST][INF]      Name of current progress.\n"
-    "[AST][INF]    --device=deviceName [default=/dev/ttyUSB0]\n"
-    "[AST][INF]      Path of UART device.\n"
-    "[AST][INF]    --baudRate=baudRate [default=115200]\n"
-    "[AST][INF]      Speed of UART device.\n"
-    "[AST][INF]    --eqMode=mode [default=0]\n"
-    "[AST][INF]      0: Flexible EQ bands configured.\n"
-    "[AST][INF]      1: Fixed 20 EQ bands.\n"
-    "[AST][INF]    --reverb\n"
-    "[AST][INF]      Enable reverb app effect or not.\n"
-    "[AST][INF]    --help\n"
-    "[AST][INF]      Help specification.\n"
-    "[AST][INF]\n"
-    "[AST][INF]  EXIT STATUS\n"
-    "[AST][INF]    0  - Success ALWAYS.\n"
-    "[AST][INF]\n";
 
 // Options in table order; the first row that matches applies. Returns the run flag.
 bool parseOptions(int argc, char** argv, vekserver::VekServerConfig& config) {
@@ -55,7 +27,8 @@ bool parseOptions(int argc, char** argv, vekserver::VekServerConfig& config) {
         const char* arg = argv[i];
         const char* value = nullptr;
         if (std::strcmp(arg, "--help") == 0) {
-            VekLog::put(kHelp, sizeof(kHelp) - 1);
+            const std::string help = VekTunerHelp::text();
+            VekLog::put(help.data(), help.size());
             run = false;
         } else if ((value = VekOption::valueAfter(arg, "--progress=")) != nullptr) {
             config.progressName = value;

@@ -24,19 +24,22 @@ TUNER_FILES = [
     "/lib/udev/rules.d/70-vek-tuner.rules",
     "/etc/default/vek_tuner",
     "/usr/share/doc/vek-tuner/examples/vek_tuner-platform.conf",
+    "/usr/share/man/man8/vek_tuner.8.gz",
 ]
-MASTER_FILES = ["/usr/bin/vek_master"]
+MASTER_FILES = [
+    "/usr/bin/vek_master",
+    "/usr/share/man/man1/vek_master.1.gz",
+    "/usr/share/bash-completion/completions/vek_master",
+]
 # ELF e_machine of each Debian architecture we build for.
 ELF_MACHINE = {"amd64": 62, "armhf": 40, "arm64": 183}
 # Kept on purpose; every other lintian warning or error fails the check.
 #   maintainer-script-calls-systemctl: device images often lack the helpers lintian
 #     asks for; the scripts call systemctl only where systemd runs.
-#   no-manual-page: both programs print their usage with --help; README.md is the manual.
 #   systemd-service-file-refers-to-unusual-wantedby-target: an enabled instance is
 #     wanted by its serial line's device unit, which is the point of the template.
 LINTIAN_KEPT = [
     "maintainer-script-calls-systemctl",
-    "no-manual-page",
     "systemd-service-file-refers-to-unusual-wantedby-target",
 ]
 
