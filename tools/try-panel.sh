@@ -17,7 +17,7 @@ if [[ ${1:-} == --cable ]]; then
 fi
 port=${1:-8741}
 
-if [[ ! -f build/CMakeCache.txt ]]; then
+if ! grep -qE '^VEK_MASTER_SERVE:[A-Z]+=ON$' build/CMakeCache.txt 2>/dev/null; then
     cmake --preset default
 fi
 cmake --build build --target vek_tuner vek_master vek_cable

@@ -19,13 +19,15 @@
 #include "VekMasterHelp.h"
 #include "VekMasterOptions.h"
 #include "VekMasterSession.h"
-#include "VekPanelAssets.h"
 #include "VekScriptReader.h"
-#include "VekSessionAccess.h"
-#include "VekRemoteAccess.h"
-#include "VekTokenFile.h"
 #include "VekSerialLine.h"
+#include "VekSessionAccess.h"
+#if VEK_MASTER_SERVE
+#include "VekPanelAssets.h"
+#include "VekRemoteAccess.h"
 #include "VekServe.h"
+#include "VekTokenFile.h"
+#endif
 #include "VekTraceCommand.h"
 #include "VekTraceFile.h"
 
@@ -272,6 +274,7 @@ void runOnSession(VekMasterSession& session, VekDeviceAccess& access, const VekM
     run.traffic = session.traffic();
 }
 
+#if VEK_MASTER_SERVE
 // vek_master serve: the lines, the listen address and the token, checked, then served.
 int serve(VekMasterOptions& options, VekTraceSink* trace) {
     bool unreadable = false;
@@ -337,6 +340,21 @@ int runConnected(const VekMasterOptions& options, const VekMessageCatalog& catal
     runCommands(access, catalog, options, commands, false, run);
     return run.status;
 }
+#else
+// A build for the command line alone (tools/try.sh's first build) leaves the HTTP side out.
+int withoutHttp() {
+    complain("this vek_master is built without serve and --connect; "
+             "`cmake --preset default && cmake --build build` builds them");
+    return VekExitStatus::kUsage;
+}
+int serve(VekMasterOptions&, VekTraceSink*) {
+    return withoutHttp();
+}
+int runConnected(const VekMasterOptions&, const VekMessageCatalog&,
+                 const std::vector<VekMasterCommand>&) {
+    return withoutHttp();
+}
+#endif
 
 std::string stats(const DeviceRun& run) {
     return "stats: " + std::to_string(run.traffic.requests) + " requests, " +
