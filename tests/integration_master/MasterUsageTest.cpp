@@ -57,7 +57,7 @@ TEST(MasterUsageTest, BadUsageIsRefusedWithWhatWasExpected) {
         {{launch, "apply"}, "apply takes one document: apply FILE"},
         {{launch, "diff", "device", "device"},
          "diff compares the device with a document, or two documents"},
-        {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run and --bypass go with apply"},
+        {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run goes with apply and eq import"},
         {{"--script=x", "--bypass"}, "--dry-run and --bypass go on the script line of their apply"},
         {{"--device=a", "--device=a", "Common", "Feature"}, "a is named twice"},
         {{"--device=a", "--device=b", "snapshot"},
@@ -88,7 +88,8 @@ TEST(MasterUsageTest, EveryBadScriptLineIsNamedAndNothingIsSent) {
                   "vek_master: " +
                   script.path() +
                   ":4: a script line takes no option but --output=FILE, --dry-run, --bypass, "
-                  "--svg=FILE, --csv and --document=FILE, not --json\n" +
+                  "--svg=FILE, --csv, --document=FILE, --channel=, --fit, --preamp= and --format=, not "
+               "--json\n" +
                   MasterRun::kTryHelp);
 }
 

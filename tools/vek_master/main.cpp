@@ -66,6 +66,9 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] apply FILE [--dry-run] [--bypass]\n"
         "       vek_master [OPTION...] diff A B\n"
         "       vek_master [OPTION...] curve CHANNEL [--svg=FILE | --csv] [--document=FILE]\n"
+        "       vek_master [OPTION...] eq import FILE --channel=CH[,CH...] [--fit] [--dry-run]\n"
+        "                        [--preamp=channel|master|ignore] [--document=FILE]\n"
+        "       vek_master [OPTION...] eq export CHANNEL [--format=apo|rew] [--document=FILE]\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
         "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
         "                        [--profile=FILE]\n"
@@ -88,6 +91,16 @@ void printHelp(const VekMessageCatalog& catalog) {
         "                  its bands on the device, or in a document with --document=FILE:\n"
         "                  its lowest and highest point; --svg=FILE draws it, --csv prints\n"
         "                  frequency,total,band0,...; --points=N (16 to 2048, default 256)\n"
+        "  eq import FILE  parametric filters (APO configuration text or a Filter Settings\n"
+        "                  file) onto the channels of --channel=CH[,CH...]: checked against\n"
+        "                  the profile (types, band count, ranges) and refused with every\n"
+        "                  problem listed, or with --fit clamped and dropped (the least\n"
+        "                  audible first) with every change listed; the Preamp goes onto the\n"
+        "                  channel's gain (--preamp=master: the master gain; ignore: not at\n"
+        "                  all); prints the largest difference from the file's curve and\n"
+        "                  applies it as apply does; --document=FILE: into that document\n"
+        "  eq export CH    the channel's bands as filter text, --format=apo (default) or rew\n"
+        "                  (a Filter Settings file), from the device or --document=FILE\n"
         "\n"
         "Options:\n"
         "  --device=PATH   serial line to the slave (default /dev/ttyUSB0); given several\n"
@@ -153,7 +166,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "\n"
         "Exit status: 0 OK (snapshot complete, apply matched, diff equal), 1 NG (an answer\n"
         "NG, values missing, a value that did not take, tunings that differ), 2 no answer\n"
-        "in time, 64 bad usage or a bad document (nothing sent), 69 the launched daemon did\n"
+        "in time, 64 bad usage or a bad document (nothing sent), 65 a filter file that\n"
+        "cannot be read or does not fit (nothing sent), 69 the launched daemon did\n"
         "not greet or did not exit with 0, 74 the line, a file or the pty failed. With\n"
         "several devices: the worst (largest) of their statuses.\n",
         vektransport::VekLineSettings::rates().c_str(), catalog.help().c_str());
@@ -174,15 +188,20 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
         command.svg = options.svg;
         command.csv = options.csv;
         command.points = static_cast<size_t>(options.points);
+        command.channel = options.channel;
+        command.fit = options.fit;
+        command.preamp = options.preamp;
+        command.format = options.format;
         const std::string problem = VekCommandReader::read(catalog, limits, options.words, command);
         if (!problem.empty()) {
             return usage(problem);
         }
         const VekSettingsTable& table = VekSettingsTable::shared();
+        // An import's file is filter text, read when it runs.
         for (const std::string& path : command.paths) {
             VekCommandResult result;
             VekValueJson::Json document;
-            if (!path.empty() && path != "device" &&
+            if (!path.empty() && path != "device" && command.verb != Verb::EqImport &&
                 !VekCommandRunner::load(table, path, document, result)) {
                 print(result.err, stderr);
                 return result.status;
@@ -274,7 +293,9 @@ bool needsLine(const std::vector<VekMasterCommand>& commands) {
         const bool documentsOnly =
             (command.verb == Verb::Diff && command.paths[0] != "device" &&
              command.paths[1] != "device") ||
-            (command.verb == Verb::Curve && !command.document.empty());
+            ((command.verb == Verb::Curve || command.verb == Verb::EqImport ||
+              command.verb == Verb::EqExport) &&
+             !command.document.empty());
         if (!documentsOnly) {
             return true;
         }

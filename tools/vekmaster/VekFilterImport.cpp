@@ -1,5 +1,6 @@
 #include "VekFilterImport.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "VekChannelBands.h"
@@ -311,8 +312,9 @@ std::string VekFilterImport::text(const Outcome& outcome) {
     for (const Fitted& fitted : outcome.channels) {
         const VekFilterFit::Result& r = fitted.result;
         const std::string name = fitted.channel.name + ": ";
-        out += name + std::to_string(r.bands.size()) + ' ' + fitted.channel.feature + " bands (" +
-               std::to_string(fitted.before.size()) + " before)\n";
+        out += name + std::to_string(r.bands.size()) + ' ' + fitted.channel.feature +
+               (r.bands.size() == 1 ? " band (" : " bands (") + std::to_string(fitted.before.size()) +
+               " before)\n";
         if (r.gainTo != r.gainFrom) {
             out += name + "gain " + VekFilterWriter::decimal(r.gainFrom, 0) + " -> " +
                    VekFilterWriter::decimal(r.gainTo, 0) + " dB (the preamp)\n";
@@ -320,8 +322,10 @@ std::string VekFilterImport::text(const Outcome& outcome) {
         for (const VekFilterFit::Change& change : r.changes) {
             out += name + change.text + '\n';
         }
-        char largest[96];
-        std::snprintf(largest, sizeof(largest), "%.2f dB at %.0f Hz", r.largestDb, r.largestHz);
+        char largest[96] = "under 0.01 dB";
+        if (r.largestDb >= 0.005) {
+            std::snprintf(largest, sizeof(largest), "%.2f dB at %.0f Hz", r.largestDb, r.largestHz);
+        }
         out += name + "largest difference from the file: " + largest + '\n';
     }
     return out;
