@@ -256,11 +256,22 @@ VekCommandResult VekCommandRunner::diff(const VekMasterCommand& command) {
     return result;
 }
 
-bool VekCommandRunner::readBands(const std::string& channel, VekChannelBands& bands,
-                                 VekCommandResult& result) {
+bool VekCommandRunner::channelBands(const VekMasterCommand& command, VekChannelBands& bands,
+                                    VekCommandResult& result) {
+    if (!command.document.empty()) {
+        Json document;
+        if (!load(table_, command.document, document, result)) {
+            return false;
+        }
+        const std::string problem = bands.take(document, command.channel);
+        if (!problem.empty()) {
+            result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
+        }
+        return problem.empty();
+    }
     const VekMasterReply* failed = nullptr;
     std::string problem;
-    if (bands.read(access_, channel, failed, problem)) {
+    if (bands.read(access_, command.channel, failed, problem)) {
         return true;
     }
     if (failed == nullptr) {
@@ -277,16 +288,7 @@ bool VekCommandRunner::readBands(const std::string& channel, VekChannelBands& ba
 VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
     VekCommandResult result;
     VekChannelBands bands;
-    if (!command.document.empty()) {
-        Json document;
-        if (!load(table_, command.document, document, result)) {
-            return result;
-        }
-        const std::string problem = bands.take(document, command.channel);
-        if (!problem.empty()) {
-            return result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
-        }
-    } else if (!readBands(command.channel, bands, result)) {
+    if (!channelBands(command, bands, result)) {
         return result;
     }
     const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
@@ -388,16 +390,7 @@ VekCommandResult VekCommandRunner::eqImport(const VekMasterCommand& command) {
 VekCommandResult VekCommandRunner::eqExport(const VekMasterCommand& command) {
     VekCommandResult result;
     VekChannelBands bands;
-    if (!command.document.empty()) {
-        Json document;
-        if (!load(table_, command.document, document, result)) {
-            return result;
-        }
-        const std::string problem = bands.take(document, command.channel);
-        if (!problem.empty()) {
-            return result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
-        }
-    } else if (!readBands(command.channel, bands, result)) {
+    if (!channelBands(command, bands, result)) {
         return result;
     }
     const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();

@@ -51,8 +51,10 @@ private:
     // take, and a summary line.
     static void describe(const VekTuningApply::Result& applied, bool dryRun,
                          VekCommandResult& result);
-    // A channel's bands from the device; false with the result failed.
-    bool readBands(const std::string& channel, VekChannelBands& bands, VekCommandResult& result);
+    // The bands of the command's channel, from its document or the device; false with
+    // the result failed.
+    bool channelBands(const VekMasterCommand& command, VekChannelBands& bands,
+                      VekCommandResult& result);
     // A tuning to compare: a document, or the device read for what other holds.
     bool side(const std::string& path, const Json* other, Json& settings, VekCommandResult& result);
 

@@ -17,7 +17,7 @@ export function filterImport(panel, channel, applied) {
   const notes = el('ul', { id: 'filter-notes', 'aria-live': 'polite' });
   const plot = new CurvePlot();
   let planned = null;  // the request a preview was made for; Apply sends it as it is
-  const apply = el('button', { id: 'filter-apply', type: 'button', disabled: true, text: 'Apply',
+  const apply = el('button', { id: 'filter-apply', type: 'button', disabled: true, text: 'Apply filters',
     onclick: () => send() });
   const preview = el('button', { id: 'filter-preview', type: 'button', text: 'Preview',
     onclick: () => plan() });
