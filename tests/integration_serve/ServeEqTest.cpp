@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "CabledDaemon.h"
+#include "MasterRun.h"
 #include "ServeRig.h"
 
 namespace {
@@ -57,4 +58,15 @@ TEST(ServeEqTest, PlanImportAndExportThroughTheServer) {
               "Filter 1: ON PK Fc 100 Hz Gain 4 dB Q 1\n"
               "Filter 2: ON HSC Fc 8000 Hz Gain 12 dB Q 0.7\n");
     EXPECT_EQ(serve.call("GET", "/api/devices/0/eq/XX/export").status, 400);
+
+    // vek_master --connect imports through the server with the same words.
+    MasterRun::TempFile file("Filter 1: ON PK Fc 100 Hz Gain 4 dB Q 1\n");
+    const MasterRun::Result connected = MasterRun::run(
+        {"--connect=" + serve.url(), "eq", "import", file.path(), "--channel=RS"});
+    EXPECT_EQ(connected.status, 0) << connected.err;
+    EXPECT_EQ(connected.out,
+              "RS: 1 EqV2 band (2 before)\n"
+              "RS: largest difference from the file: under 0.01 dB\n"
+              "EqV2.bandCount[RS]: 2 -> 1\n"
+              "OK: 1 value set, the device matches\n");
 }
