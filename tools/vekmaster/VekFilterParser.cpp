@@ -56,11 +56,13 @@ public:
         }
     }
     bool done() const { return next_ >= words_.size(); }
-    const std::string& peek() const { return words_[next_]; }
+    // "" past the last word.
+    const std::string& peek() const { return done() ? none_ : words_[next_]; }
     std::string take() { return done() ? std::string() : words_[next_++]; }
 
 private:
     std::vector<std::string> words_;
+    const std::string none_;
     size_t next_ = 0;
 };
 
@@ -78,9 +80,9 @@ std::string number(Words& words, const char* what, const std::vector<const char*
         return "'" + text + "' is not a number (" + what + ")";
     }
     std::string unit = end;
-    if (unit.empty() && !words.done()) {
-        for (const char* known : units) {
-            unit = words.peek() == known ? words.take() : unit;
+    for (const char* known : units) {
+        if (unit.empty() && !words.done() && words.peek() == known) {
+            unit = words.take();
         }
     }
     if (unit.empty()) {
