@@ -189,7 +189,6 @@ VekFilterImport::Outcome VekFilterImport::toDevice(VekDeviceAccess& access, cons
     VekTuningApply::Options options;
     options.dryRun = request.dryRun;
     outcome.applied = access.apply(outcome.document, options);
-    outcome.sentToDevice = !request.dryRun && !outcome.applied.sent.empty();
     outcome.status = outcome.applied.status;
     outcome.stopped = outcome.applied.problem;
     return outcome;

@@ -37,7 +37,6 @@ public:
         std::vector<Fitted> channels;
         Json document;  // the partial tuning document that carries the change
         VekTuningApply::Result applied;
-        bool sentToDevice = false;
     };
 
     // "" or why the text of --channel is not a list of channels.
