@@ -131,3 +131,40 @@ TEST_F(EqImportTest, MisfitsAreRefusedWithNothingSentOrFittedWithFit) {
     EXPECT_NE(fitted.out.find("Eq.band[RS/19]: value1=2 -> value1=0\n"), std::string::npos);
     EXPECT_NE(fitted.out.find("OK: 20 values set, the device matches\n"), std::string::npos);
 }
+
+// Into a tuning document, no device involved: its bands and gain change and nothing else;
+// a dry run leaves the file as it was.
+TEST_F(EqImportTest, ImportIntoADocumentAndExportFromIt) {
+    MasterRun::TempFile document;
+    ASSERT_EQ(launch({"snapshot", "--output=" + document.path()}).status, 0);
+    const std::string before = document.read();
+    MasterRun::TempFile filters(kFilters);
+    const std::vector<std::string> import{"eq", "import", filters.path(), "--channel=L1",
+                                          "--document=" + document.path()};
+    std::vector<std::string> dry = import;
+    dry.push_back("--dry-run");
+    const MasterRun::Result planned = MasterRun::run(dry);
+    EXPECT_EQ(planned.status, 0) << planned.err;
+    EXPECT_EQ(planned.out.substr(planned.out.rfind("L1: largest")),
+              "L1: largest difference from the file: under 0.01 dB\nthe document would change\n");
+    EXPECT_EQ(document.read(), before);
+
+    const MasterRun::Result done = MasterRun::run(import);
+    EXPECT_EQ(done.status, 0) << done.err;
+    EXPECT_EQ(done.out,
+              "L1: 3 EqV2 bands (5 before)\nL1: gain -4 -> -10.2 dB (the preamp)\n"
+              "L1: largest difference from the file: under 0.01 dB\nwritten to " +
+                  document.path() + '\n');
+    const MasterRun::Result exported =
+        MasterRun::run({"eq", "export", "L1", "--document=" + document.path()});
+    // A document keeps the float's every digit, where the device's answer has six.
+    std::string kept = kExported;
+    kept.replace(kept.rfind("0.707107"), 8, "0.70710677");
+    EXPECT_EQ(exported.out,
+              "# EqV2 L1, 3 bands (profile default, from " + document.path() + ")\n" + kept);
+    // Only the channel's gain, band count and bands differ from the snapshot.
+    MasterRun::TempFile original(before);
+    const MasterRun::Result changed = MasterRun::run({"diff", original.path(), document.path()});
+    EXPECT_EQ(changed.out.substr(0, changed.out.find("EqV2.band[")),
+              "Gain.channel[L1]: -4 -> -10.2\nEqV2.bandCount[L1]: 5 -> 3\n");
+}
