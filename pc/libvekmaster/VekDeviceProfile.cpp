@@ -323,6 +323,24 @@ VekDeviceProfile::Shape VekDeviceProfile::shape(double code) const {
     return found != types_.end() ? found->second.second : Shape::Off;
 }
 
+bool VekDeviceProfile::code(Shape wanted, long& out) const {
+    for (const auto& entry : types_) {
+        if (entry.second.second == wanted) {
+            out = entry.first;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string VekDeviceProfile::typeNames() const {
+    std::vector<std::string> names;
+    for (const auto& entry : types_) {
+        names.push_back(entry.second.first);
+    }
+    return VekNames::join(names);
+}
+
 const VekDeviceProfile::Limit* VekDeviceProfile::find(const std::string& feature,
                                                       const std::string& message,
                                                       const std::string& field,

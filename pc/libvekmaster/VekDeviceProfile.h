@@ -61,6 +61,15 @@ public:
     const BandLayout& band() const { return band_; }
     // The shape of a band type code; Off for a code the profile does not name.
     Shape shape(double code) const;
+    // The lowest type code of a shape; false when the profile names none.
+    bool code(Shape shape, long& out) const;
+    // The profile's names of its type codes, lowest code first: "off lowShelf ...".
+    std::string typeNames() const;
+    // The range of a field (one element's own, else the whole field's), or null.
+    const Limit* limit(const std::string& feature, const std::string& message,
+                       const std::string& field, int element = -1) const {
+        return find(feature, message, field, element);
+    }
     const std::vector<Limit>& limits() const { return limits_; }
 
     // The first argument of a message out of range, as the request would carry it: a

@@ -4,14 +4,15 @@
 
 namespace vekmaster {
 
-// What vek_master's exit status tells a script. 64 and 74 follow the usual meaning of
-// bad usage and a local input/output failure; 69 says the launched daemon misbehaved.
+// What vek_master's exit status tells a script. 64, 65 and 74 follow the usual meaning of
+// bad usage, bad input data and a local input/output failure; 69 says the launched daemon misbehaved.
 // Ordered so that, of several devices' statuses, the largest is the worst.
 struct VekExitStatus {
     static constexpr int kOk = 0;
     static constexpr int kNg = 1;  // answered NG, values missing or differing
     static constexpr int kNoAnswer = 2;
     static constexpr int kUsage = 64;
+    static constexpr int kData = 65;  // a filter file that cannot be read or does not fit
     static constexpr int kDaemon = 69;
     static constexpr int kIo = 74;
 

@@ -22,6 +22,9 @@ const std::vector<const char*>& VekMasterHelp::synopsis() {
         "vek_master [OPTION...] apply FILE [--dry-run] [--bypass]",
         "vek_master [OPTION...] diff A B",
         "vek_master [OPTION...] curve CHANNEL [--svg=FILE | --csv] [--document=FILE]",
+        "vek_master [OPTION...] eq import FILE --channel=CH[,CH...] [--fit] [--dry-run]\n"
+        "[--preamp=channel|master|ignore] [--document=FILE]",
+        "vek_master [OPTION...] eq export CHANNEL [--format=apo|rew] [--document=FILE]",
         "vek_master [OPTION...] --script=FILE [--keep-going]",
         "vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
         "[--profile=FILE]",
@@ -55,6 +58,20 @@ const std::vector<VekMasterHelp::Section>& VekMasterHelp::sections() {
               "its bands on the device, or in a document with --document=FILE:\n"
               "its lowest and highest point; --svg=FILE draws it, --csv prints\n"
               "frequency,total,band0,...; --points=N (16 to 2048, default 256)\n",
+              Value::Channel},
+             {"eq import FILE",
+              "parametric filters (APO configuration text or a Filter Settings\n"
+              "file) onto the channels of --channel=CH[,CH...]: checked against\n"
+              "the profile (types, band count, ranges) and refused with every\n"
+              "problem listed, or with --fit clamped and dropped (the least\n"
+              "audible first) with every change listed; the Preamp goes onto the\n"
+              "channel's gain (--preamp=master: the master gain; ignore: not at\n"
+              "all); prints the largest difference from the file's curve and\n"
+              "applies it as apply does; --document=FILE: into that document\n",
+              Value::File},
+             {"eq export CH",
+              "the channel's bands as filter text, --format=apo (default) or rew\n"
+              "(a Filter Settings file), from the device or --document=FILE\n",
               Value::Channel},
          }},
         {"Options:", "", 18,

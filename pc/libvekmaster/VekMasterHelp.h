@@ -41,7 +41,8 @@ public:
     static constexpr const char* kExitStatus =
         "Exit status: 0 OK (snapshot complete, apply matched, diff equal), 1 NG (an answer\n"
         "NG, values missing, a value that did not take, tunings that differ), 2 no answer\n"
-        "in time, 64 bad usage or a bad document (nothing sent), 69 the launched daemon did\n"
+        "in time, 64 bad usage or a bad document (nothing sent), 65 a filter file that\n"
+        "cannot be read or does not fit (nothing sent), 69 the launched daemon did\n"
         "not greet or did not exit with 0, 74 the line, a file or the pty failed. With\n"
         "several devices: the worst (largest) of their statuses.\n";
 

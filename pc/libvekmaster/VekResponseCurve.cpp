@@ -28,10 +28,13 @@ VekResponseCurve::VekResponseCurve(const VekDeviceProfile& profile, size_t point
 
 VekResponseCurve::Section VekResponseCurve::section(const Band& values) const {
     const VekDeviceProfile::BandLayout& layout = profile_.band();
-    const Shape shape = profile_.shape(values[static_cast<size_t>(layout.type)]);
-    const double f0 = values[static_cast<size_t>(layout.frequency)];
-    const double gain = values[static_cast<size_t>(layout.gain)];
-    const double q = values[static_cast<size_t>(layout.q)];
+    return section(profile_.shape(values[static_cast<size_t>(layout.type)]),
+                   values[static_cast<size_t>(layout.frequency)],
+                   values[static_cast<size_t>(layout.gain)], values[static_cast<size_t>(layout.q)]);
+}
+
+VekResponseCurve::Section VekResponseCurve::section(Shape shape, double f0, double gain,
+                                                    double q) const {
     const double nyquist = profile_.sampleRate() / 2;
     Section s;
     if (shape == Shape::Off || !std::isfinite(gain) || !(f0 > 0 && f0 < nyquist) ||
@@ -87,7 +90,14 @@ double VekResponseCurve::at(const Band& values, double frequency) const {
 }
 
 std::vector<double> VekResponseCurve::band(const Band& values) const {
-    const Section s = section(values);
+    return curveOf(section(values));
+}
+
+std::vector<double> VekResponseCurve::filter(Shape shape, double f0, double gain, double q) const {
+    return curveOf(section(shape, f0, gain, q));
+}
+
+std::vector<double> VekResponseCurve::curveOf(const Section& s) const {
     std::vector<double> curve;
     curve.reserve(frequencies_.size());
     for (const double f : frequencies_) {

@@ -33,6 +33,10 @@ public:
     std::vector<double> band(const Band& values) const;
     // The band's response at one frequency, in dB.
     double at(const Band& values, double frequency) const;
+    // A filter's response in dB at each frequency, by shape rather than by a profile's
+    // type code (a filter the profile may lack).
+    std::vector<double> filter(VekDeviceProfile::Shape shape, double f0, double gain,
+                               double q) const;
 
     // {"sampleRate", "frequencies", "total", "bands": [{"band", "values", "curve"}]}
     Json json(const std::vector<Band>& bands) const;
@@ -42,6 +46,8 @@ private:
         double b0 = 1, b1 = 0, b2 = 0, a0 = 1, a1 = 0, a2 = 0;
     };
     Section section(const Band& values) const;
+    Section section(VekDeviceProfile::Shape shape, double f0, double gain, double q) const;
+    std::vector<double> curveOf(const Section& s) const;
     double magnitude(const Section& s, double frequency) const;
 
     const VekDeviceProfile& profile_;

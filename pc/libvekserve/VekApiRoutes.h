@@ -36,8 +36,13 @@ public:
     // 200 with the answer as the API gives it, or the failure.
     static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
 
-private:
     using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
+    // The line a path names; null after answering 404.
+    VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
+    // Queues run on the line; 503 when the line does not take it.
+    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
+
+private:
 
     void devices(const ExchangePtr& exchange);
     void message(const ExchangePtr& exchange, const Params& params);
@@ -56,10 +61,6 @@ private:
     // its field and range.
     static Json refusal(const vekmaster::VekError& error);
 
-    // The line a path names; null after answering 404.
-    VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
-    // Queues run on the line; 503 when the line does not take it.
-    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
     // Queues a job for the line with its client and its refusal filled in.
     void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
 

@@ -1,6 +1,7 @@
 #include "VekCommandReader.h"
 
 #include "VekChannelBands.h"
+#include "VekFilterImport.h"
 
 namespace vekmaster {
 
@@ -8,10 +9,50 @@ namespace {
 
 using Verb = VekMasterCommand::Verb;
 
+// "eq import FILE" with --channel=CH[,CH...], or "eq export CHANNEL".
+std::string readEq(const std::vector<std::string>& words, VekMasterCommand& command) {
+    const std::string mode = words.size() > 1 ? words[1] : "";
+    if (mode == "import") {
+        command.verb = Verb::EqImport;
+        if (words.size() != 3 || command.channel.empty()) {
+            return "eq import takes one filter file and the channels: eq import FILE "
+                   "--channel=CH[,CH...]";
+        }
+        command.paths[0] = words[2];
+        std::vector<std::string> channels;
+        VekFilterFit::Preamp preamp = VekFilterFit::Preamp::Channel;
+        std::string problem = VekFilterImport::channels(command.channel, channels);
+        if (problem.empty() && !command.preamp.empty()) {
+            problem = VekFilterImport::preamp(command.preamp, preamp);
+        }
+        if (!command.format.empty()) {
+            problem = "--format goes with eq export";
+        }
+        return problem.empty() ? "" : "eq import: " + problem;
+    }
+    if (mode == "export") {
+        command.verb = Verb::EqExport;
+        if (words.size() != 3 || !command.channel.empty()) {
+            return "eq export takes one channel: eq export CHANNEL (LF RF LS RS CF L1)";
+        }
+        command.channel = words[2];
+        std::string problem = VekChannelBands::checkChannel(command.channel);
+        if (!command.format.empty() && command.format != "apo" && command.format != "rew") {
+            problem = "--format=" + command.format + " is not apo or rew";
+        }
+        if (command.fit || !command.preamp.empty() || command.dryRun) {
+            problem = "--fit, --preamp and --dry-run go with eq import";
+        }
+        return problem.empty() ? "" : "eq export: " + problem;
+    }
+    return "eq takes import FILE --channel=CH[,CH...] or export CHANNEL";
+}
+
 }  // namespace
 
 bool VekCommandReader::isVerb(const std::string& word) {
-    return word == "snapshot" || word == "apply" || word == "diff" || word == "curve";
+    return word == "snapshot" || word == "apply" || word == "diff" || word == "curve" ||
+           word == "eq";
 }
 
 std::string VekCommandReader::read(const VekMessageCatalog& catalog,
@@ -51,6 +92,11 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         if (!problem.empty()) {
             return "curve: " + problem;
         }
+    } else if (verb == "eq") {
+        const std::string problem = readEq(words, command);
+        if (!problem.empty()) {
+            return problem;
+        }
     } else {
         const VekError problem = catalog.prepare(words, limits, command.request);
         if (problem) {
@@ -60,12 +106,22 @@ std::string VekCommandReader::read(const VekMessageCatalog& catalog,
         command.name = command.request.message().name;
         command.args = command.request.args();
     }
-    if ((!command.svg.empty() || command.csv || !command.document.empty() || command.points != 0) &&
-        command.verb != Verb::Curve) {
-        return "--svg, --csv, --document and --points go with curve";
+    const bool eq = command.verb == Verb::EqImport || command.verb == Verb::EqExport;
+    if ((!command.svg.empty() || command.csv || command.points != 0) && command.verb != Verb::Curve) {
+        return "--svg, --csv and --points go with curve";
     }
-    if ((command.dryRun || command.bypass) && command.verb != Verb::Apply) {
-        return "--dry-run and --bypass go with apply";
+    if (!command.document.empty() && command.verb != Verb::Curve && !eq) {
+        return "--document goes with curve and eq";
+    }
+    if (command.bypass && command.verb != Verb::Apply) {
+        return "--bypass goes with apply";
+    }
+    if (command.dryRun && command.verb != Verb::Apply && command.verb != Verb::EqImport) {
+        return "--dry-run goes with apply and eq import";
+    }
+    if (!eq && (command.fit || !command.preamp.empty() || !command.format.empty() ||
+                (!command.channel.empty() && command.verb != Verb::Curve))) {
+        return "--channel, --fit, --preamp and --format go with eq";
     }
     if (!command.output.empty() && (command.verb == Verb::Apply || command.verb == Verb::Diff)) {
         return "--output goes with snapshot or a message";
@@ -92,9 +148,18 @@ std::string VekCommandReader::readLine(const VekMessageCatalog& catalog,
             command.svg = word.substr(6);
         } else if (word.rfind("--document=", 0) == 0 && word.size() > 11) {
             command.document = word.substr(11);
+        } else if (word.rfind("--channel=", 0) == 0 && word.size() > 10) {
+            command.channel = word.substr(10);
+        } else if (word.rfind("--preamp=", 0) == 0 && word.size() > 9) {
+            command.preamp = word.substr(9);
+        } else if (word.rfind("--format=", 0) == 0 && word.size() > 9) {
+            command.format = word.substr(9);
+        } else if (word == "--fit") {
+            command.fit = true;
         } else if (word.rfind("--", 0) == 0) {
             return "a script line takes no option but --output=FILE, --dry-run, --bypass, "
-                   "--svg=FILE, --csv and --document=FILE, not " +
+                   "--svg=FILE, --csv, --document=FILE, --channel=, --fit, --preamp= and "
+                   "--format=, not " +
                    word;
         } else {
             rest.push_back(word);

@@ -9,7 +9,8 @@
 namespace vekmaster {
 
 // Turns the words of a command (from the command line or a script line) into a checked
-// command: FEATURE MESSAGE ARG..., "snapshot", "apply FILE", "diff A B" or "curve CHANNEL".
+// command: FEATURE MESSAGE ARG..., "snapshot", "apply FILE", "diff A B", "curve CHANNEL",
+// "eq import FILE" or "eq export CHANNEL".
 class VekCommandReader {
 public:
     // The verbs, for the usage text.

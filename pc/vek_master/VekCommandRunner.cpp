@@ -6,6 +6,8 @@
 
 #include "VekChannelBands.h"
 #include "VekCurvePlot.h"
+#include "VekFilterImport.h"
+#include "VekFilterWriter.h"
 #include "VekRawFileSink.h"
 #include "VekReplyFormatter.h"
 #include "VekReplyJson.h"
@@ -72,6 +74,10 @@ VekCommandResult VekCommandRunner::run(const VekMasterCommand& command) {
             return diff(command);
         case Verb::Curve:
             return curve(command);
+        case Verb::EqImport:
+            return eqImport(command);
+        case Verb::EqExport:
+            return eqExport(command);
         case Verb::Message:
             break;
     }
@@ -159,17 +165,27 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     options.dryRun = command.dryRun;
     options.bypass = command.bypass;
     const VekTuningApply::Result applied = access_.apply(document, options);
+    describe(applied, command.dryRun, result);
+    result.json = VekTuningApply::json(applied);
+    if (json_) {
+        result.out = VekValueJson::dump(result.json) + '\n';
+    }
+    return result;
+}
+
+void VekCommandRunner::describe(const VekTuningApply::Result& applied, bool dry,
+                                VekCommandResult& result) {
     result.status = applied.status;
     std::string failed;
     for (const VekTuningApply::Change& change : applied.changes) {
         result.out +=
-            command.dryRun ? "" : change.label + ": " + change.from + " -> " + change.to + '\n';
+            dry ? "" : change.label + ": " + change.from + " -> " + change.to + '\n';
     }
     for (const VekTuningApply::Failure& failure : applied.failures) {
         result.out += failure.label + ": " + failure.reason + '\n';
         failed += (failed.empty() ? "" : ", ") + failure.label;
     }
-    if (command.dryRun) {
+    if (dry) {
         for (const std::string& request : applied.requests) {
             result.out += request + '\n';
         }
@@ -187,14 +203,9 @@ VekCommandResult VekCommandRunner::apply(const VekMasterCommand& command) {
     if (!applied.problem.empty()) {
         result.complain(applied.problem);
         result.summary = applied.problem;
-    } else if (!command.dryRun) {
+    } else if (!dry) {
         result.out += result.summary + '\n';
     }
-    result.json = VekTuningApply::json(applied);
-    if (json_) {
-        result.out = VekValueJson::dump(result.json) + '\n';
-    }
-    return result;
 }
 
 bool VekCommandRunner::side(const std::string& path, const Json* other, Json& settings,
@@ -245,30 +256,40 @@ VekCommandResult VekCommandRunner::diff(const VekMasterCommand& command) {
     return result;
 }
 
-VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
-    VekCommandResult result;
-    VekChannelBands bands;
+bool VekCommandRunner::channelBands(const VekMasterCommand& command, VekChannelBands& bands,
+                                    VekCommandResult& result) {
     if (!command.document.empty()) {
         Json document;
         if (!load(table_, command.document, document, result)) {
-            return result;
+            return false;
         }
         const std::string problem = bands.take(document, command.channel);
         if (!problem.empty()) {
-            return result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
+            result.fail(VekExitStatus::kUsage, command.document + ": " + problem);
         }
+        return problem.empty();
+    }
+    const VekMasterReply* failed = nullptr;
+    std::string problem;
+    if (bands.read(access_, command.channel, failed, problem)) {
+        return true;
+    }
+    if (failed == nullptr) {
+        result.fail(VekExitStatus::kNg, problem);
     } else {
-        const VekMasterReply* failed = nullptr;
-        std::string problem;
-        if (!bands.read(access_, command.channel, failed, problem)) {
-            if (failed == nullptr) {
-                return result.fail(VekExitStatus::kNg, problem);
-            }
-            return result.fail(VekExitStatus::of(*failed),
-                               failed->answered() ? failed->feature + ' ' + failed->message +
-                                                        " answered NG: the bands cannot be read"
-                                                  : failed->problem);
-        }
+        result.fail(VekExitStatus::of(*failed),
+                    failed->answered() ? failed->feature + ' ' + failed->message +
+                                             " answered NG: the bands cannot be read"
+                                       : failed->problem);
+    }
+    return false;
+}
+
+VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekChannelBands bands;
+    if (!channelBands(command, bands, result)) {
+        return result;
     }
     const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
     const size_t points = command.points != 0 ? command.points : VekResponseCurve::kDefaultPoints;
@@ -307,6 +328,85 @@ VekCommandResult VekCommandRunner::curve(const VekMasterCommand& command) {
     } else {
         result.out = result.summary + '\n';
     }
+    return result;
+}
+
+VekCommandResult VekCommandRunner::eqImport(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekFilterImport::Request request;
+    request.source = command.paths[0];
+    request.dryRun = command.dryRun;
+    request.options.fit = command.fit;
+    VekFilterImport::channels(command.channel, request.channels);
+    if (!command.preamp.empty()) {
+        VekFilterImport::preamp(command.preamp, request.options.preamp);
+    }
+    const std::string unreadable = VekScriptReader::load(command.paths[0], request.text);
+    if (!unreadable.empty()) {
+        return result.fail(VekExitStatus::kData, unreadable);
+    }
+    Json document;
+    VekFilterImport::Outcome outcome;
+    if (command.document.empty()) {
+        outcome = VekFilterImport::toDevice(access_, request);
+    } else {
+        if (!load(table_, command.document, document, result)) {
+            return result;
+        }
+        outcome = VekFilterImport::toDocument(document, request);
+    }
+    result.status = outcome.status;
+    for (const std::string& problem : outcome.problems) {
+        result.complain(problem);
+    }
+    if (!outcome.problems.empty()) {
+        result.complain(command.paths[0] + ": nothing was sent" +
+                        (command.fit ? "" : " (--fit clamps and drops what does not fit)"));
+        result.summary = outcome.problems.front();
+    } else if (!outcome.stopped.empty() && outcome.applied.problem.empty()) {
+        result.complain(outcome.stopped);
+        result.summary = outcome.stopped;
+    }
+    result.out = outcome.problems.empty() ? VekFilterImport::text(outcome) : "";
+    if (outcome.problems.empty() && outcome.stopped.empty() && !command.document.empty()) {
+        const std::string problem =
+            command.dryRun ? "" : writeFile(command.document, VekValueJson::pretty(document));
+        if (!problem.empty()) {
+            return result.fail(VekExitStatus::kIo, problem);
+        }
+        result.summary = command.dryRun ? "the document would change"
+                                        : "written to " + command.document;
+        result.out += result.summary + '\n';
+    } else if (outcome.problems.empty() && outcome.channels.size() == request.channels.size()) {
+        describe(outcome.applied, command.dryRun, result);
+    }
+    result.json = VekFilterImport::json(outcome, VekResponseCurve::kDefaultPoints);
+    if (json_) {
+        result.out = VekValueJson::dump(result.json) + '\n';
+    }
+    return result;
+}
+
+VekCommandResult VekCommandRunner::eqExport(const VekMasterCommand& command) {
+    VekCommandResult result;
+    VekChannelBands bands;
+    if (!channelBands(command, bands, result)) {
+        return result;
+    }
+    const std::shared_ptr<const VekDeviceProfile> profile = VekDeviceProfile::inUse();
+    const std::string what = bands.feature + ' ' + bands.channel + ", " +
+                             plural(bands.bands.size(), "band", "bands") + " (profile " +
+                             profile->name() + ", from " +
+                             (command.document.empty() ? device_ : command.document) + ')';
+    const VekFilterList::Form form =
+        command.format == "rew" ? VekFilterList::Form::Rew : VekFilterList::Form::Apo;
+    const std::string text = VekFilterWriter::write(bands.bands, *profile, form, what);
+    result.summary = what;
+    result.json = {{"feature", bands.feature},
+                   {"channel", bands.channel},
+                   {"format", form == VekFilterList::Form::Rew ? "rew" : "apo"},
+                   {"text", text}};
+    result.out = json_ ? VekValueJson::dump(result.json) + '\n' : text;
     return result;
 }
 

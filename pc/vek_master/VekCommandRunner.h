@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "VekChannelBands.h"
 #include "VekCommandResult.h"
 #include "VekDeviceAccess.h"
 #include "VekMasterCommand.h"
 #include "VekSettingsTable.h"
+#include "VekTuningApply.h"
 
 namespace vekmaster {
 
@@ -43,6 +45,16 @@ private:
     VekCommandResult apply(const VekMasterCommand& command);
     VekCommandResult diff(const VekMasterCommand& command);
     VekCommandResult curve(const VekMasterCommand& command);
+    VekCommandResult eqImport(const VekMasterCommand& command);
+    VekCommandResult eqExport(const VekMasterCommand& command);
+    // What an apply did, in words: each value set (or, dry, each request), what did not
+    // take, and a summary line.
+    static void describe(const VekTuningApply::Result& applied, bool dryRun,
+                         VekCommandResult& result);
+    // The bands of the command's channel, from its document or the device; false with
+    // the result failed.
+    bool channelBands(const VekMasterCommand& command, VekChannelBands& bands,
+                      VekCommandResult& result);
     // A tuning to compare: a document, or the device read for what other holds.
     bool side(const std::string& path, const Json* other, Json& settings, VekCommandResult& result);
 

@@ -24,6 +24,15 @@ std::string VekMasterCommand::text() const {
                    (svg.empty() ? "" : " --svg=" + svg) + (csv ? " --csv" : "") +
                    (points == 0 ? "" : " --points=" + std::to_string(points));
             break;
+        case Verb::EqImport:
+            line = "eq import " + paths[0] + " --channel=" + channel + (fit ? " --fit" : "") +
+                   (dryRun ? " --dry-run" : "") + (preamp.empty() ? "" : " --preamp=" + preamp) +
+                   (document.empty() ? "" : " --document=" + document);
+            break;
+        case Verb::EqExport:
+            line = "eq export " + channel + (format.empty() ? "" : " --format=" + format) +
+                   (document.empty() ? "" : " --document=" + document);
+            break;
     }
     return line + (output.empty() ? "" : " --output=" + output);
 }

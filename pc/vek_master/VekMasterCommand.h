@@ -10,7 +10,7 @@ namespace vekmaster {
 
 // A checked command, ready to run on a session: one message, or a tuning verb.
 struct VekMasterCommand {
-    enum class Verb { Message, Snapshot, Apply, Diff, Curve };
+    enum class Verb { Message, Snapshot, Apply, Diff, Curve, EqImport, EqExport };
     // The operand of diff that stands for the device itself.
     static constexpr const char* kDevice = "device";
 
@@ -27,8 +27,13 @@ struct VekMasterCommand {
     std::string svg;  // write the curve as an SVG picture to this file
     bool csv = false;  // print it as CSV
     size_t points = 0;
-    bool dryRun = false;   // Apply
+    bool dryRun = false;   // Apply, EqImport
     bool bypass = false;   // Apply
+    // EqImport: the filter file in paths[0], the channels (channel holds them as given),
+    // whether to fit, and where the preamp goes; EqExport: the form written.
+    bool fit = false;
+    std::string preamp;
+    std::string format;
     int line = 0;          // its line in a script, 0 on the command line
 
     // "Gain SetChannel 0 0 -3 -3 1.5 0", "apply tuning.json --bypass"

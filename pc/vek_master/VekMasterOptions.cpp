@@ -51,6 +51,7 @@ constexpr Flag kFlags[] = {
     {"--keep-going", &VekMasterOptions::keepGoing}, {"--stats", &VekMasterOptions::stats},
     {"--dry-run", &VekMasterOptions::dryRun},  {"--bypass", &VekMasterOptions::bypass},
     {"--force", &VekMasterOptions::force},     {"--csv", &VekMasterOptions::csv},
+    {"--fit", &VekMasterOptions::fit},
 };
 
 constexpr Text kTexts[] = {
@@ -60,7 +61,8 @@ constexpr Text kTexts[] = {
     {"--log=", &VekMasterOptions::log},             {"--output=", &VekMasterOptions::output},
     {"--listen=", &VekMasterOptions::listen},       {"--token-file=", &VekMasterOptions::tokenFile},
     {"--connect=", &VekMasterOptions::connect},     {"--trace=", &VekMasterOptions::trace},
-    {"--timing=", &VekMasterOptions::timing},
+    {"--timing=", &VekMasterOptions::timing},       {"--channel=", &VekMasterOptions::channel},
+    {"--preamp=", &VekMasterOptions::preamp},       {"--format=", &VekMasterOptions::format},
 };
 
 constexpr Number kNumbers[] = {
@@ -168,8 +170,9 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if ((dryRun || bypass) && !script.empty()) {
         return "--dry-run and --bypass go on the script line of their apply";
     }
-    if (curving() && (words.empty() || words[0] != "curve")) {
-        return "--svg, --csv, --document and --points go with curve";
+    if (curving() && (words.empty() || (words[0] != "curve" && words[0] != "eq"))) {
+        return "--svg, --csv, --document and --points go with curve; --channel, --fit, "
+               "--preamp and --format with eq";
     }
     if (!svg.empty() && csv) {
         return "give either --svg=FILE or --csv, not both";

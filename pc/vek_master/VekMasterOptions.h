@@ -46,6 +46,11 @@ struct VekMasterOptions {
     bool csv = false;
     std::string document;
     long points = 0;
+    // eq: the channels to import into, whether to fit, where the preamp goes, the form.
+    std::string channel;
+    bool fit = false;
+    std::string preamp;
+    std::string format;
     std::vector<std::string> words;       // FEATURE MESSAGE ARG..., or a verb
     std::vector<std::string> daemonArgs;  // after "--"
 
@@ -55,8 +60,11 @@ struct VekMasterOptions {
     bool serving() const { return !words.empty() && words[0] == "serve"; }
     // The command is `trace ...`.
     bool tracing() const { return !words.empty() && words[0] == "trace"; }
-    // An option of curve is given.
-    bool curving() const { return !svg.empty() || csv || !document.empty() || points != 0; }
+    // An option of curve or eq is given.
+    bool curving() const {
+        return !svg.empty() || csv || !document.empty() || points != 0 || !channel.empty() ||
+               fit || !preamp.empty() || !format.empty();
+    }
     // "" or why the options of serve and --connect do not go together.
     std::string checkServing() const;
     // Adds the lines of --devices=FILE to devices, and the default device when there is

@@ -74,15 +74,20 @@ int prepare(const VekMasterOptions& options, const VekMessageCatalog& catalog,
         command.svg = options.svg;
         command.csv = options.csv;
         command.points = static_cast<size_t>(options.points);
+        command.channel = options.channel;
+        command.fit = options.fit;
+        command.preamp = options.preamp;
+        command.format = options.format;
         const std::string problem = VekCommandReader::read(catalog, limits, options.words, command);
         if (!problem.empty()) {
             return usage(problem);
         }
         const VekSettingsTable& table = VekSettingsTable::shared();
+        // An import's file is filter text, read when it runs.
         for (const std::string& path : command.paths) {
             VekCommandResult result;
             VekValueJson::Json document;
-            if (!path.empty() && path != "device" &&
+            if (!path.empty() && path != "device" && command.verb != Verb::EqImport &&
                 !VekCommandRunner::load(table, path, document, result)) {
                 print(result.err, stderr);
                 return result.status;
@@ -174,7 +179,9 @@ bool needsLine(const std::vector<VekMasterCommand>& commands) {
         const bool documentsOnly =
             (command.verb == Verb::Diff && command.paths[0] != "device" &&
              command.paths[1] != "device") ||
-            (command.verb == Verb::Curve && !command.document.empty());
+            ((command.verb == Verb::Curve || command.verb == Verb::EqImport ||
+              command.verb == Verb::EqExport) &&
+             !command.document.empty());
         if (!documentsOnly) {
             return true;
         }

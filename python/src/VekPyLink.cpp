@@ -1,7 +1,10 @@
 #include "VekPyLink.h"
 
+#include "VekChannelBands.h"
 #include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
+#include "VekFilterImport.h"
+#include "VekFilterWriter.h"
 #include "VekLineSettings.h"
 #include "VekNames.h"
 #include "VekPyArgs.h"
@@ -553,6 +556,77 @@ py::tuple VekPyLink::traffic() {
         }
     });
     return py::make_tuple(traffic.requests, traffic.bytesSent, traffic.bytesReceived);
+}
+
+
+py::object VekPyLink::importFilters(const std::string& text, const std::string& channels, bool fit,
+                                    const std::string& preamp, bool dryRun) {
+    access();
+    vekmaster::VekFilterImport::Request request;
+    request.text = text;
+    request.source = "filters";
+    request.options.fit = fit;
+    request.dryRun = dryRun;
+    std::string problem = vekmaster::VekFilterImport::channels(channels, request.channels);
+    if (problem.empty()) {
+        problem = vekmaster::VekFilterImport::preamp(preamp, request.options.preamp);
+    }
+    if (!problem.empty()) {
+        throw py::value_error(problem);
+    }
+    vekmaster::VekFilterImport::Outcome outcome;
+    withAccess([&](vekmaster::VekDeviceAccess& device) {
+        outcome = vekmaster::VekFilterImport::toDevice(device, request);
+    });
+    if (!outcome.problems.empty()) {
+        std::string all;
+        for (const std::string& line : outcome.problems) {
+            all += (all.empty() ? "" : "\n") + line;
+        }
+        throw py::value_error(all);
+    }
+    if (outcome.status == vekmaster::VekExitStatus::kNoAnswer) {
+        throw VekPyFailure(Kind::Timeout, outcome.stopped);
+    }
+    if (outcome.status == vekmaster::VekExitStatus::kIo) {
+        throw VekPyFailure(Kind::Line, outcome.stopped);
+    }
+    return VekPyJson::toPython(vekmaster::VekFilterImport::json(outcome, request.points));
+}
+
+std::string VekPyLink::exportFilters(const std::string& channel, const std::string& format) {
+    access();
+    if (format != "apo" && format != "rew") {
+        throw py::value_error("format " + format + " is not apo or rew");
+    }
+    vekmaster::VekChannelBands bands;
+    const vekmaster::VekMasterReply* failed = nullptr;
+    std::string problem;
+    bool read = false;
+    vekmaster::VekMasterReply stopped;
+    withAccess([&](vekmaster::VekDeviceAccess& device) {
+        read = bands.read(device, channel, failed, problem);
+        if (!read && failed != nullptr) {
+            stopped = *failed;
+        }
+    });
+    if (!read && failed == nullptr) {
+        throw py::value_error(problem);
+    }
+    if (!read && stopped.answered()) {
+        throw py::value_error("the bands of " + channel + " cannot be read: " + stopped.feature +
+                              ' ' + stopped.message + " answered NG");
+    }
+    if (!read) {
+        raise(stopped.error());
+    }
+    const std::shared_ptr<const vekmaster::VekDeviceProfile> profile =
+        vekmaster::VekDeviceProfile::inUse();
+    return vekmaster::VekFilterWriter::write(
+        bands.bands, *profile,
+        format == "rew" ? vekmaster::VekFilterList::Form::Rew : vekmaster::VekFilterList::Form::Apo,
+        bands.feature + ' ' + channel + ", " + std::to_string(bands.bands.size()) +
+            " bands (profile " + profile->name() + ')');
 }
 
 }  // namespace vekpython

@@ -72,6 +72,12 @@ public:
     pybind11::object readSettings(pybind11::handle only);
     pybind11::object snapshot();
     pybind11::object apply(pybind11::handle document, bool dryRun, bool bypass);
+    // Filter text onto channels ("LF,CF"), fitted and applied as vek_master eq import:
+    // its outcome as a dict; ValueError with every problem when it does not fit.
+    pybind11::object importFilters(const std::string& text, const std::string& channels,
+                                   bool fit, const std::string& preamp, bool dryRun);
+    // A channel's bands as filter text, "apo" or "rew".
+    std::string exportFilters(const std::string& channel, const std::string& format);
 
     // (requests, bytes sent, bytes received); zeros through a server, which owns the line.
     pybind11::tuple traffic();

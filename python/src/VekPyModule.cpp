@@ -139,6 +139,8 @@ PYBIND11_MODULE(_vektuner, m) {
         .def("read_settings", &VekPyLink::readSettings)
         .def("snapshot", &VekPyLink::snapshot)
         .def("apply", &VekPyLink::apply)
+        .def("import_filters", &VekPyLink::importFilters)
+        .def("export_filters", &VekPyLink::exportFilters)
         .def("traffic", &VekPyLink::traffic)
         .def_property_readonly("device", &VekPyLink::device);
 }

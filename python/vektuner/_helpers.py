@@ -243,6 +243,38 @@ def _message_helper(message, warning):
                   _method(method_name, params, returns, doc, call))
 
 
+def _filter_helpers(feature):
+    """import_filters and export_filters of an equaliser feature: filter text (the APO
+    configuration form or a Filter Settings file) onto channels, and back out."""
+    channel = Param("channel", "str")
+    fit = Param("fit", "bool", False)
+    preamp = Param("preamp", "str", "channel", inspect.Parameter.KEYWORD_ONLY)
+    dry_run = Param("dry_run", "bool", False, inspect.Parameter.KEYWORD_ONLY)
+    import_doc = (f"Filter text onto {feature} channel(s) (\"LF\" or \"LF,CF\"), fitted to "
+                  "the device profile and applied as vek_master eq import: raises ValueError "
+                  "listing every problem (nothing sent) unless fit clamps and drops; the "
+                  "Preamp goes onto the channel's gain (preamp=\"master\" or \"ignore\"). "
+                  "Returns {\"status\", \"channels\": [{\"changes\", \"gain\", "
+                  "\"largest\", \"curves\"}], \"apply\"}.")
+    export_doc = ("A channel's bands as filter text: format \"apo\" (the APO configuration "
+                  "form) or \"rew\" (a Filter Settings file); eq import reads it back.")
+
+    def do_import(link, a):
+        return link._session.import_filters(a["text"], a["channel"], bool(a["fit"]),
+                                            a["preamp"], bool(a["dry_run"]))
+
+    def do_export(link, a):
+        return link._session.export_filters(a["channel"], a["format"])
+
+    import_params = (Param("text", "str"), channel, fit, preamp, dry_run)
+    export_params = (channel, Param("format", "str", "apo"))
+    return [Helper("import_filters", False, import_params, "dict[str, Any]", import_doc,
+                   _method("import_filters", import_params, "dict[str, Any]", import_doc,
+                           do_import)),
+            Helper("export_filters", False, export_params, "str", export_doc,
+                   _method("export_filters", export_params, "str", export_doc, do_export))]
+
+
 class Feature:
     """The helpers of one feature on one link."""
     __slots__ = ("_link",)
@@ -277,6 +309,8 @@ def _build():
         warning = (" Asking for it changes the device, so a snapshot does not ask."
                    if key in disturbing else "")
         helpers.setdefault(m["feature"], []).append(_message_helper(m, warning))
+    for feature in ("Eq", "EqV2"):
+        helpers.setdefault(feature, []).extend(_filter_helpers(feature))
     for feature, members in helpers.items():
         names = [h.name for h in members]
         duplicates = {n for n in names if names.count(n) > 1}

@@ -57,8 +57,18 @@ TEST(MasterUsageTest, BadUsageIsRefusedWithWhatWasExpected) {
         {{launch, "apply"}, "apply takes one document: apply FILE"},
         {{launch, "diff", "device", "device"},
          "diff compares the device with a document, or two documents"},
-        {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run and --bypass go with apply"},
+        {{launch, "--dry-run", "Gain", "GetMaster"}, "--dry-run goes with apply and eq import"},
         {{"--script=x", "--bypass"}, "--dry-run and --bypass go on the script line of their apply"},
+        {{launch, "eq", "import", "f.txt"},
+         "eq import takes one filter file and the channels: eq import FILE --channel=CH[,CH...]"},
+        {{launch, "eq", "import", "f.txt", "--channel=LF,XX"},
+         "eq import: no channel XX (channels: LF RF LS RS CF L1)"},
+        {{launch, "eq", "import", "f.txt", "--channel=LF", "--preamp=louder"},
+         "eq import: --preamp=louder is not channel, master or ignore"},
+        {{launch, "eq", "export", "LF", "--format=csv"}, "eq export: --format=csv is not apo or rew"},
+        {{launch, "apply", "f.json", "--fit"},
+         "--svg, --csv, --document and --points go with curve; --channel, --fit, --preamp and "
+         "--format with eq"},
         {{"--device=a", "--device=a", "Common", "Feature"}, "a is named twice"},
         {{"--device=a", "--device=b", "snapshot"},
          "with several devices, a snapshot needs --output=DIR, an existing directory"},
@@ -88,7 +98,8 @@ TEST(MasterUsageTest, EveryBadScriptLineIsNamedAndNothingIsSent) {
                   "vek_master: " +
                   script.path() +
                   ":4: a script line takes no option but --output=FILE, --dry-run, --bypass, "
-                  "--svg=FILE, --csv and --document=FILE, not --json\n" +
+                  "--svg=FILE, --csv, --document=FILE, --channel=, --fit, --preamp= and --format=, not "
+               "--json\n" +
                   MasterRun::kTryHelp);
 }
 

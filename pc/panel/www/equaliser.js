@@ -2,6 +2,7 @@ import { el, NumberField, Switch, CodeSelect } from './controls.js';
 import { failure } from './api.js';
 import { Setting, CHANNELS, one, perChannel } from './setting.js';
 import { CurvePlot } from './curve.js';
+import { filterImport } from './eqimport.js';
 
 const BAND_FIELDS = ['value1', 'value2', 'value3', 'value4', 'value5', 'value6'];
 const BAND_TYPES = ['int', 'int', 'float', 'float', 'int', 'int'];
@@ -66,6 +67,7 @@ export function equaliserPage(panel) {
             el('thead', {}, el('tr', {}, el('th', { scope: 'col', text: 'Band' }),
               BAND_FIELDS.map((field, i) => el('th', { scope: 'col', text: columnName(i) })))),
             body)), error),
+        filterImport(panel, () => page.channel, () => page.load()),
       ];
     },
     async load() {
