@@ -6,6 +6,7 @@
 #include "VekDeviceReader.h"
 #include "VekExitStatus.h"
 #include "VekMasterSession.h"
+#include "VekSettingChange.h"
 #include "VekSettingItem.h"
 #include "VekSettingsTable.h"
 
@@ -28,6 +29,7 @@ public:
         std::string label;  // "Gain.master"
         std::string from;   // the device's value before, as a diff shows it
         std::string to;
+        VekSettingChange item;  // the same as items, for a journal
     };
     struct Failure {
         std::string label;
