@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -27,6 +28,7 @@
 #include "VekServe.h"
 #include "VekTraceCommand.h"
 #include "VekTraceFile.h"
+#include "VekVirtualDevice.h"
 
 using namespace vekmaster;
 
@@ -67,8 +69,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "       vek_master [OPTION...] diff A B\n"
         "       vek_master [OPTION...] curve CHANNEL [--svg=FILE | --csv] [--document=FILE]\n"
         "       vek_master [OPTION...] --script=FILE [--keep-going]\n"
-        "       vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
-        "                        [--profile=FILE]\n"
+        "       vek_master serve [--device=PATH...] [--virtual=FILE...] [--listen=HOST:PORT]\n"
+        "                        [--token-file=FILE] [--profile=FILE] [--state-dir=DIR]\n"
         "       vek_master trace show FILE [--json]\n"
         "       vek_master trace from-log LOG --output=FILE\n"
         "       vek_master trace replay FILE (--launch=DAEMON [-- ARGS] | --device=PATH)\n"
@@ -113,6 +115,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  --launch=PATH   start the daemon PATH on a pseudo-terminal, run the commands\n"
         "                  against it and stop it; arguments after -- go to the daemon\n"
         "  --log=FILE      with --launch: append the daemon's output to FILE\n"
+        "  --virtual=FILE  a simulated device holding the tuning document FILE (the daemon\n"
+        "                  beside vek_master, or --launch=PATH); FILE is not changed\n"
         "  --stats         at the end, print the requests and bytes sent and received\n"
         "  --connect=URL   run the commands through a running vek_master serve\n"
         "                  (http://HOST:PORT) instead of opening a line\n"
@@ -127,6 +131,10 @@ void printHelp(const VekMessageCatalog& catalog) {
         "  --queue=N       requests that may wait per line (default 64; more get 503)\n"
         "  --client-timeout=MS  for a client to send a request or take an answer\n"
         "                  (default 15000)\n"
+        "  --virtual=FILE  also serve a simulated device holding FILE's tuning (repeatable);\n"
+        "                  POST /api/devices/{n}/save writes it back (FILE.bak the old one)\n"
+        "  --state-dir=DIR  where the journal of changes and the checkpoints are kept\n"
+        "                  (default $XDG_STATE_HOME/vek_tuner)\n"
         "  --max-clients=N  connections open at once, WebSockets included (default\n"
         "                  256; more are answered 503 and closed)\n"
         "  --profile=FILE  the device profile: what band values mean and the range of\n"
@@ -393,6 +401,18 @@ int serve(VekMasterOptions& options, VekTraceSink* trace) {
                      "client must then bring");
     }
     config.devices = options.devices;
+    // The journal knows a virtual device by its document, wherever serve was started.
+    for (const std::string& document : options.virtuals) {
+        char* full = realpath(document.c_str(), nullptr);
+        if (full == nullptr) {
+            complain(document + ": " + std::strerror(errno));
+            return VekExitStatus::kIo;
+        }
+        config.virtuals.emplace_back(full);
+        std::free(full);
+    }
+    config.daemon = options.launch;
+    config.stateDir = options.stateDir;
     config.trace = trace;
     config.baudRate = options.baudRate;
     config.timeoutMs = options.timeoutMs;
@@ -439,6 +459,37 @@ std::string stats(const DeviceRun& run) {
            std::to_string(run.ms) + " ms";
 }
 
+// The commands on a daemon of our own, greeted already; rest is what came behind the
+// greeting.
+int runOnPty(int fd, const std::string& device, const std::string& rest,
+             const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+             VekTraceSink* trace) {
+    VekSerialLine line;
+    line.adopt(fd);
+    if (trace != nullptr) {
+        line.trace({trace}, device);
+        line.noteReceived("HELLO!\n" + rest);
+    }
+    VekMasterSession session(line, options.timeoutMs);
+    session.preload(rest);
+    DeviceRun run;
+    run.device = device;
+    runOnSession(session, options, commands, false, run);
+    if (options.stats) {
+        print(stats(run) + '\n', stderr);
+    }
+    return run.status;
+}
+
+// The daemon's end: a run that went well still fails when the daemon did not stop cleanly.
+template <typename Daemon>
+int stopDaemon(Daemon& daemon, int status) {
+    std::string report;
+    const bool clean = daemon.stop(kStopMs, report);
+    std::fprintf(stderr, "%s\n", report.c_str());
+    return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
+}
+
 int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
                 VekTraceSink* trace) {
     VekDaemonLauncher launcher;
@@ -456,26 +507,24 @@ int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterComm
         complain(problem);
         status = VekExitStatus::kDaemon;
     } else {
-        VekSerialLine line;
-        line.adopt(launcher.line());
-        if (trace != nullptr) {
-            line.trace({trace}, launcher.device());
-            line.noteReceived("HELLO!\n" + rest);
-        }
-        VekMasterSession session(line, options.timeoutMs);
-        session.preload(rest);
-        DeviceRun run;
-        run.device = launcher.device();
-        runOnSession(session, options, commands, false, run);
-        status = run.status;
-        if (options.stats) {
-            print(stats(run) + '\n', stderr);
-        }
+        status = runOnPty(launcher.line(), launcher.device(), rest, options, commands, trace);
     }
-    std::string report;
-    const bool clean = launcher.stop(kStopMs, report);
-    std::fprintf(stderr, "%s\n", report.c_str());
-    return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
+    return stopDaemon(launcher, status);
+}
+
+// The commands on a device made from a document; the document itself stays as it was.
+int runVirtual(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+               VekTraceSink* trace) {
+    VekVirtualDevice device;
+    const std::string problem = device.start(VekVirtualDevice::daemonPath(options.launch),
+                                             options.virtuals.front(), options.log,
+                                             options.timeoutMs);
+    if (!problem.empty()) {
+        complain(problem);
+        return VekExitStatus::kDaemon;
+    }
+    const int status = runOnPty(device.line(), device.document(), "", options, commands, trace);
+    return stopDaemon(device, status);
 }
 
 void runDevice(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
@@ -562,6 +611,9 @@ int main(int argc, char** argv) {
     problem = checkSeveral(options, commands);
     if (!problem.empty()) {
         return usage(problem);
+    }
+    if (!options.virtuals.empty()) {
+        return runVirtual(options, commands, trace);
     }
     if (!options.launch.empty()) {
         return runLaunched(options, commands, trace);

@@ -26,8 +26,13 @@ constexpr int kIdleSlices = 10;  // a second: how often a lost line is tried aga
 }  // namespace
 
 VekLineWorker::VekLineWorker(int index, std::string path, const VekServeConfig& config,
-                             VekEventHub& events, Log log)
-    : index_(index), path_(std::move(path)), config_(config), events_(events), log_(std::move(log)) {}
+                             VekEventHub& events, Log log, int virtualLine)
+    : index_(index),
+      path_(std::move(path)),
+      virtualLine_(virtualLine),
+      config_(config),
+      events_(events),
+      log_(std::move(log)) {}
 
 VekLineWorker::~VekLineWorker() {
     stop();
@@ -83,6 +88,7 @@ VekLineWorker::Json VekLineWorker::describe() const {
     Json out = Json::object();
     out["index"] = index_;
     out["path"] = path_;
+    out["virtual"] = virtualLine_ >= 0;
     out["state"] = state_ == State::Connected      ? "connected"
                    : state_ == State::Disconnected ? "disconnected"
                                                    : "connecting";
@@ -304,7 +310,11 @@ bool VekLineWorker::identify() {
 
 bool VekLineWorker::openLine(std::string& problem) {
     line_ = std::make_unique<VekSerialLine>();
-    problem = line_->open(path_, config_.baudRate);
+    if (virtualLine_ >= 0) {
+        line_->adopt(virtualLine_);
+    } else {
+        problem = line_->open(path_, config_.baudRate);
+    }
     if (!problem.empty()) {
         line_.reset();
         return false;

@@ -35,8 +35,10 @@ public:
     using Json = VekEventHub::Json;
     using Log = std::function<void(const std::string& line)>;
 
+    // virtualLine: the master end of a virtual device's pseudo-terminal (path is then its
+    // document), used as it is and never closed here; -1 for a line opened by path.
     VekLineWorker(int index, std::string path, const VekServeConfig& config, VekEventHub& events,
-                  Log log);
+                  Log log, int virtualLine = -1);
     // Stops and joins the thread.
     ~VekLineWorker();
     VekLineWorker(const VekLineWorker&) = delete;
@@ -50,11 +52,13 @@ public:
 
     // Queues a job; "" or why it was not taken (then it is not run and not refused).
     std::string submit(VekLineJob job);
-    // {"index", "path", "state", "version", "features"}; version and features once known.
+    // {"index", "path", "state", "version", "features", "virtual"}; version and features
+    // once known.
     Json describe() const;
     // describe() as a state event.
     Json stateEvent() const;
     const std::string& path() const { return path_; }
+    bool isVirtual() const { return virtualLine_ >= 0; }
     // The line's latest traffic, every frame each way, for a download.
     const vekmaster::VekTraceRing& trace() const { return trace_; }
 
@@ -88,6 +92,7 @@ private:
 
     const int index_;
     const std::string path_;
+    const int virtualLine_;
     const VekServeConfig& config_;
     VekEventHub& events_;
     Log log_;
