@@ -88,7 +88,9 @@ VekLineWorker::Json VekLineWorker::describe() const {
     Json out = Json::object();
     out["index"] = index_;
     out["path"] = path_;
-    out["virtual"] = virtualLine_ >= 0;
+    if (virtualLine_ >= 0) {
+        out["virtual"] = true;  // path is then its document
+    }
     out["state"] = state_ == State::Connected      ? "connected"
                    : state_ == State::Disconnected ? "disconnected"
                                                    : "connecting";

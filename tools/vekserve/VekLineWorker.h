@@ -52,8 +52,8 @@ public:
 
     // Queues a job; "" or why it was not taken (then it is not run and not refused).
     std::string submit(VekLineJob job);
-    // {"index", "path", "state", "version", "features", "virtual"}; version and features
-    // once known.
+    // {"index", "path", "virtual", "state", "version", "features"}: virtual (true) only
+    // for a virtual device, version and features once known.
     Json describe() const;
     // describe() as a state event.
     Json stateEvent() const;
