@@ -51,6 +51,7 @@ constexpr Flag kFlags[] = {
     {"--keep-going", &VekMasterOptions::keepGoing}, {"--stats", &VekMasterOptions::stats},
     {"--dry-run", &VekMasterOptions::dryRun},  {"--bypass", &VekMasterOptions::bypass},
     {"--force", &VekMasterOptions::force},     {"--csv", &VekMasterOptions::csv},
+    {"--no-journal", &VekMasterOptions::noJournal},
 };
 
 constexpr Text kTexts[] = {
@@ -191,8 +192,8 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if (!serving() && virtuals.size() > 1) {
         return "--virtual is given once, but with serve";
     }
-    if (!serving() && !stateDir.empty()) {
-        return "--state-dir goes with serve";
+    if (!serving() && (!stateDir.empty() || noJournal)) {
+        return "--state-dir and --no-journal go with serve";
     }
     if (!timing.empty() && !tracing()) {
         return "--timing goes with trace replay";
@@ -212,7 +213,7 @@ std::string VekMasterOptions::checkServing() const {
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
             return "serve takes --device, --devices, --virtual, --baudRate, --timeout, --window, "
                    "--listen, --token-file, --queue, --client-timeout, --max-clients, "
-                   "--profile, --trace, --state-dir and --launch";
+                   "--profile, --trace, --state-dir, --no-journal and --launch";
         }
         return "";
     }
@@ -226,7 +227,8 @@ std::string VekMasterOptions::checkServing() const {
         return "";
     }
     if (!devices.empty() || !devicesFile.empty() || !launch.empty() || !virtuals.empty()) {
-        return "--connect and --device, --devices, --virtual or --launch exclude each other";
+        return std::string("--connect and --device, --devices or --launch exclude each other") +
+               (virtuals.empty() ? "" : "; so does --virtual");
     }
     if (!trace.empty()) {
         return "--trace does not go with --connect: the server's line is not ours to capture "

@@ -135,6 +135,8 @@ void printHelp(const VekMessageCatalog& catalog) {
         "                  POST /api/devices/{n}/save writes it back (FILE.bak the old one)\n"
         "  --state-dir=DIR  where the journal of changes and the checkpoints are kept\n"
         "                  (default $XDG_STATE_HOME/vek_tuner)\n"
+        "  --no-journal    keep no journal: a set message costs no reads before and after\n"
+        "                  it, and there is no history, undo or checkpoint\n"
         "  --max-clients=N  connections open at once, WebSockets included (default\n"
         "                  256; more are answered 503 and closed)\n"
         "  --profile=FILE  the device profile: what band values mean and the range of\n"
@@ -413,6 +415,7 @@ int serve(VekMasterOptions& options, VekTraceSink* trace) {
     }
     config.daemon = options.launch;
     config.stateDir = options.stateDir;
+    config.journal = !options.noJournal;
     config.trace = trace;
     config.baudRate = options.baudRate;
     config.timeoutMs = options.timeoutMs;

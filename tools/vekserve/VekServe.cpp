@@ -48,7 +48,7 @@ int VekServe::run() {
     vekmaster::VekJournal journal;
     const std::string stateDir =
         config_.stateDir.empty() ? vekmaster::VekJournal::defaultDirectory() : config_.stateDir;
-    std::string problem = journal.open(stateDir + "/journal.sqlite");
+    std::string problem = config_.journal ? journal.open(stateDir + "/journal.sqlite") : "";
     if (!problem.empty()) {
         std::fprintf(stderr, "vek_master: %s\n", problem.c_str());
         return vekmaster::VekExitStatus::kIo;
@@ -87,7 +87,7 @@ int VekServe::run() {
     });
     VekRouteTable routes;
     const auto profile = vekmaster::VekDeviceProfile::inUse();
-    const VekChangeRecorder recorder(&journal);
+    const VekChangeRecorder recorder(config_.journal ? &journal : nullptr);
     VekApiRoutes api(lines, routes, profile, recorder);
     VekHistoryRoutes history(lines, routes, recorder);
     VekHttpServer server(io, config_, routes, assets_, events);

@@ -19,6 +19,7 @@ struct VekServeConfig {
     std::vector<std::string> virtuals;
     std::string daemon;    // the daemon a virtual device runs
     std::string stateDir;  // where the journal and checkpoints are kept
+    bool journal = true;
     int32_t baudRate = 115200;
     int timeoutMs = 3000;  // for each answer on a line
     int window = 32;       // requests of a batch on a line at once
