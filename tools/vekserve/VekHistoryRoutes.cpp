@@ -73,6 +73,29 @@ bool textMember(const Json& body, const char* name, std::string& text) {
     return true;
 }
 
+// The body's text member ("" when absent); "" or what is wrong with the body.
+std::string bodyText(const std::string& body, const char* name, std::string& text) {
+    Json json;
+    std::string problem = VekRequestBody::object(body, json);
+    if (problem.empty() && !textMember(json, name, text)) {
+        problem = std::string("\"") + name + "\" must be text";
+    }
+    return problem;
+}
+
+// The device's whole tuning as a document; false after answering why it could not be read.
+bool readDocument(const VekHistoryRoutes::ExchangePtr& exchange, VekSessionAccess& access,
+                  const std::string& device, Json& document) {
+    VekDeviceReading reading;
+    if (!access.read(nullptr, reading)) {
+        VekApiRoutes::answerFailure(exchange, access.failure());
+        return false;
+    }
+    document = VekTuningDocument::make(VekSettingsTable::shared(), device, reading.version,
+                                       reading.features, std::move(reading.settings));
+    return true;
+}
+
 }  // namespace
 
 VekHistoryRoutes::VekHistoryRoutes(VekApiRoutes::Lines& lines, VekRouteTable& table,
@@ -189,10 +212,9 @@ void VekHistoryRoutes::keep(const ExchangePtr& exchange, const Params& params) {
     if (target == nullptr) {
         return;
     }
-    Json body;
     std::string name;
-    std::string problem = VekRequestBody::object(exchange->request().body, body);
-    if (problem.empty() && (!textMember(body, "name", name) || !goodName(name))) {
+    std::string problem = bodyText(exchange->request().body, "name", name);
+    if (problem.empty() && !goodName(name)) {
         problem = "expected {\"name\": NAME}, 1 to 64 of A-Z a-z 0-9 . _ -";
     }
     if (!problem.empty()) {
@@ -201,16 +223,11 @@ void VekHistoryRoutes::keep(const ExchangePtr& exchange, const Params& params) {
     }
     VekApiRoutes::submit(exchange, *target, [this, exchange, name, device = target->path()](
                                                 VekMasterSession&, VekSessionAccess& access) {
-        VekDeviceReading reading;
-        if (!access.read(nullptr, reading)) {
-            VekApiRoutes::answerFailure(exchange, access.failure());
-            return;
-        }
         VekJournal::Checkpoint checkpoint;
         checkpoint.name = name;
-        checkpoint.document =
-            VekTuningDocument::make(VekSettingsTable::shared(), device, reading.version,
-                                    reading.features, std::move(reading.settings));
+        if (!readDocument(exchange, access, device, checkpoint.document)) {
+            return;
+        }
         VekJournal& journal = *recorder_.journal();
         if (!journal.saveCheckpoint(device, checkpoint)) {
             exchange->answer(500, VekHttpExchange::error(journal.error()));
@@ -264,12 +281,8 @@ void VekHistoryRoutes::save(const ExchangePtr& exchange, const Params& params) {
     if (target == nullptr) {
         return;
     }
-    Json body;
     std::string path;
-    std::string problem = VekRequestBody::object(exchange->request().body, body);
-    if (problem.empty() && !textMember(body, "path", path)) {
-        problem = "\"path\" is the file to write, as text";
-    }
+    std::string problem = bodyText(exchange->request().body, "path", path);
     if (problem.empty() && path.empty() && !target->isVirtual()) {
         problem = "a real line has no document of its own: give {\"path\": FILE}";
     }
@@ -282,14 +295,10 @@ void VekHistoryRoutes::save(const ExchangePtr& exchange, const Params& params) {
     }
     VekApiRoutes::submit(exchange, *target, [exchange, path, device = target->path()](
                                                 VekMasterSession&, VekSessionAccess& access) {
-        VekDeviceReading reading;
-        if (!access.read(nullptr, reading)) {
-            VekApiRoutes::answerFailure(exchange, access.failure());
+        Json document;
+        if (!readDocument(exchange, access, device, document)) {
             return;
         }
-        const Json document =
-            VekTuningDocument::make(VekSettingsTable::shared(), device, reading.version,
-                                    reading.features, std::move(reading.settings));
         std::string backup;
         const std::string unwritten = VekVirtualDevice::save(path, document, backup);
         if (!unwritten.empty()) {
