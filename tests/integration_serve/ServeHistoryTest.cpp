@@ -166,7 +166,23 @@ TEST(ServeHistoryTest, ACheckpointApplySendsExactlyTheSettingsThatDiffer) {
     EXPECT_EQ(toA["apply"]["requests"],
               Json::parse(R"(["Gain SetMaster -7","EqV2 SetBandConfig RF 3 2 250 0 0.707 0 1"])"))
         << toA;
+    // Right after A was applied the device is known to hold A: nothing is read but the
+    // device's identity and the values set.
+    EventsClient events(serve.rig.port());
+    ASSERT_TRUE(events.open());
     const Json toB = serve.post("/api/devices/0/checkpoints/B/apply");
+    ASSERT_TRUE(events.await(R"("message":"GetBandConfigResponse")"));
+    std::vector<std::string> asked;
+    for (const std::string& text : events.messages()) {
+        const Json event = Json::parse(text);
+        if (event["type"] == "request") {
+            asked.push_back(event["request"]["feature"].get<std::string>() + ' ' +
+                            event["request"]["message"].get<std::string>());
+        }
+    }
+    EXPECT_EQ(asked, (std::vector<std::string>{"Common Version", "Common Feature",
+                                               "Gain SetMaster", "EqV2 SetBandConfig",
+                                               "Gain GetMaster", "EqV2 GetBandConfig"}));
     EXPECT_EQ(toB["apply"]["requests"],
               Json::parse(R"(["Gain SetMaster -2","EqV2 SetBandConfig RF 3 1 500 -4 1.5 0 0"])"));
     EXPECT_EQ(serve.post("/api/devices/0/checkpoints/B/apply")["apply"]["requests"], Json::array());

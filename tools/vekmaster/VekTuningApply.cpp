@@ -58,9 +58,9 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     if (options.bypass) {
         wanted["Common"]["bypass"] = true;
     }
-    Json current;
+    Json current = options.current != nullptr ? *options.current : Json();
     int missing = 0;
-    if (!reader_.read(served, &wanted, current, missing)) {
+    if (options.current == nullptr && !reader_.read(served, &wanted, current, missing)) {
         stop(reader_.stopped(), result);
         return result;
     }

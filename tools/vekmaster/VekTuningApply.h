@@ -24,6 +24,9 @@ public:
     struct Options {
         bool dryRun = false;  // read, plan and list the requests; set nothing
         bool bypass = false;
+        // The device's whole "settings" as known for certain (its only master set them
+        // last): nothing is read before the sets, only the values set are read back.
+        const Json* current = nullptr;
     };
     struct Change {
         std::string label;  // "Gain.master"

@@ -168,20 +168,22 @@ void VekHistoryRoutes::history(const ExchangePtr& exchange, const Params& params
                                {"steps", std::move(list)}});
 }
 
-void VekHistoryRoutes::applyStep(const ExchangePtr& exchange, VekSessionAccess& access,
+bool VekHistoryRoutes::applyStep(const ExchangePtr& exchange, VekSessionAccess& access,
                                  const std::string& device, const Json& document,
-                                 const std::string& kind, int64_t target, Json extra) const {
-    const VekTuningApply::Result result = access.apply(document, {});
+                                 const VekTuningApply::Options& options, const std::string& kind,
+                                 int64_t target, Json extra) const {
+    const VekTuningApply::Result result = access.apply(document, options);
     // Only a complete undo moves the step; what part of one took is history all the same.
     const bool whole = result.status == VekExitStatus::kOk;
     const std::string unrecorded = recorder_.record(exchange, device, kind,
                                                     VekChangeRecorder::changesOf(result),
                                                     whole ? target : 0);
     if (VekChangeRecorder::refuseUnrecorded(exchange, unrecorded)) {
-        return;
+        return false;
     }
     extra["apply"] = VekTuningApply::json(result);
     exchange->answer(VekExitHttp::status(result.status), extra);
+    return whole;
 }
 
 void VekHistoryRoutes::step(const ExchangePtr& exchange, const Params& params, bool back) {
@@ -202,7 +204,7 @@ void VekHistoryRoutes::step(const ExchangePtr& exchange, const Params& params, b
                                                                : "nothing to redo"));
             return;
         }
-        applyStep(exchange, access, device, documentOf(step, back), back ? "undo" : "redo",
+        applyStep(exchange, access, device, documentOf(step, back), {}, back ? "undo" : "redo",
                   step.id, Json{{back ? "undone" : "redone", VekJournal::json(step)}});
     });
 }
@@ -221,13 +223,15 @@ void VekHistoryRoutes::keep(const ExchangePtr& exchange, const Params& params) {
         exchange->answer(400, VekHttpExchange::error(problem));
         return;
     }
-    VekApiRoutes::submit(exchange, *target, [this, exchange, name, device = target->path()](
+    VekApiRoutes::submit(exchange, *target, [this, exchange, name, target](
                                                 VekMasterSession&, VekSessionAccess& access) {
+        const std::string& device = target->path();
         VekJournal::Checkpoint checkpoint;
         checkpoint.name = name;
         if (!readDocument(exchange, access, device, checkpoint.document)) {
             return;
         }
+        target->remember(checkpoint.document["settings"]);
         VekJournal& journal = *recorder_.journal();
         if (!journal.saveCheckpoint(device, checkpoint)) {
             exchange->answer(500, VekHttpExchange::error(journal.error()));
@@ -269,10 +273,16 @@ void VekHistoryRoutes::restore(const ExchangePtr& exchange, const Params& params
                                                               : error));
         return;
     }
-    VekApiRoutes::submit(exchange, *target, [this, exchange, checkpoint, device = target->path()](
+    VekApiRoutes::submit(exchange, *target, [this, exchange, checkpoint, target](
                                                 VekMasterSession&, VekSessionAccess& access) {
-        applyStep(exchange, access, device, checkpoint.document, "checkpoint", 0,
-                  Json{{"checkpoint", checkpoint.name}});
+        // Flipping between checkpoints, the device is known to hold the last one: only
+        // what differs is sent and read back, nothing else is read.
+        VekTuningApply::Options options;
+        options.current = target->known();
+        if (applyStep(exchange, access, target->path(), checkpoint.document, options,
+                      "checkpoint", 0, Json{{"checkpoint", checkpoint.name}})) {
+            target->remember(checkpoint.document["settings"]);
+        }
     });
 }
 

@@ -38,9 +38,10 @@ private:
     // The line a path names, with a journal; null after answering.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index, bool journal);
     // Applies document and records it as a step of kind; answers {"apply": result, ...}
-    // with extra's members beside it.
-    void applyStep(const ExchangePtr& exchange, vekmaster::VekSessionAccess& access,
-                   const std::string& device, const Json& document, const std::string& kind,
+    // with extra's members beside it. True when the whole document took.
+    bool applyStep(const ExchangePtr& exchange, vekmaster::VekSessionAccess& access,
+                   const std::string& device, const Json& document,
+                   const vekmaster::VekTuningApply::Options& options, const std::string& kind,
                    int64_t target, Json extra) const;
 
     VekApiRoutes::Lines& lines_;

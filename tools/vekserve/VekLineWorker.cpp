@@ -384,7 +384,17 @@ void VekLineWorker::lose(const std::string& reason) {
     }
 }
 
+void VekLineWorker::remember(Json settings) {
+    known_ = std::move(settings);
+    knownAt_ = setsSeen_;
+}
+
+const VekLineWorker::Json* VekLineWorker::known() const {
+    return !known_.is_null() && knownAt_ == setsSeen_ ? &known_ : nullptr;
+}
+
 void VekLineWorker::setState(State state, const std::string& reason) {
+    ++setsSeen_;  // a device found again may have started afresh
     {
         std::lock_guard<std::mutex> lock(mutex_);
         state_ = state;
@@ -407,6 +417,9 @@ void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::Ve
     } else if (reply != nullptr && reply->outcome == Outcome::NoAnswer) {
         unanswered_ = true;
         failure_ = reply->problem;
+    }
+    if (reply == nullptr && message.name.rfind("Set", 0) == 0) {
+        ++setsSeen_;
     }
     // In a window the requests go out, and their outcomes come, in the window's order.
     if (!windowOwners_.empty()) {

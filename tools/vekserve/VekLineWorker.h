@@ -59,6 +59,11 @@ public:
     Json stateEvent() const;
     const std::string& path() const { return path_; }
     bool isVirtual() const { return virtualLine_ >= 0; }
+    // From a job on the line's thread only: the device's whole settings as a job has just
+    // read or set them, and those settings as long as no set message has gone on the line
+    // since and the daemon has not started again (null otherwise).
+    void remember(Json settings);
+    const Json* known() const;
     // The line's latest traffic, every frame each way, for a download.
     const vekmaster::VekTraceRing& trace() const { return trace_; }
 
@@ -122,6 +127,9 @@ private:
     std::vector<Owner> windowOwners_;
     size_t requestEvents_ = 0;
     size_t replyEvents_ = 0;
+    uint64_t setsSeen_ = 0;  // set messages sent and reconnections, to date the known settings
+    Json known_;
+    uint64_t knownAt_ = 0;
     bool quiet_ = false;            // no traffic events (the probes of a lost line)
     bool lineFailed_ = false;
     bool unanswered_ = false;
