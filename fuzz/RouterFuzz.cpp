@@ -16,6 +16,7 @@
 
 #include "VekAccessGuard.h"
 #include "VekApiRoutes.h"
+#include "VekHistoryRoutes.h"
 #include "VekRequestBody.h"
 #include "VekTuningDocument.h"
 
@@ -34,7 +35,9 @@ void check(bool ok, const char* what) {
 struct Router {
     VekApiRoutes::Lines lines;
     VekRouteTable table;
-    VekApiRoutes routes{lines, table, VekDeviceProfile::inUse()};
+    VekChangeRecorder recorder{nullptr};
+    VekApiRoutes routes{lines, table, VekDeviceProfile::inUse(), recorder};
+    VekHistoryRoutes history{lines, table, recorder};
     const VekMessageCatalog& catalog = VekMessageCatalog::shared();
     const VekSettingsTable& settings = VekSettingsTable::shared();
     VekServeConfig config;

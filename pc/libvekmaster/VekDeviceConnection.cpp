@@ -44,6 +44,14 @@ std::string VekDeviceConnection::awaitDaemon(const Options& options) {
     return "";
 }
 
+void VekDeviceConnection::adopt(int fd, const std::string& device, const Options& options) {
+    close();
+    line_ = std::make_unique<VekSerialLine>();
+    line_->adopt(fd);
+    device_ = device;
+    start(options);
+}
+
 void VekDeviceConnection::start(const Options& options) {
     if (!options.trace.empty()) {
         line_->trace(options.trace, device_);

@@ -42,6 +42,9 @@ public:
     // Waits for the started daemon's greeting, then opens the session on its line; what
     // came behind the greeting is the session's first input. "" or why not.
     std::string awaitDaemon(const Options& options);
+    // Takes the pseudo-terminal of a daemon that is owned elsewhere (a virtual device) and
+    // has greeted; device names it.
+    void adopt(int fd, const std::string& device, const Options& options);
     // Closes the session and stops a daemon started here; false with the report when it
     // did not end cleanly. A connection without a daemon just closes.
     bool close(std::string& report);

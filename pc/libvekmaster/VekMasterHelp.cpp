@@ -26,8 +26,8 @@ const std::vector<const char*>& VekMasterHelp::synopsis() {
         "[--preamp=channel|master|ignore] [--document=FILE]",
         "vek_master [OPTION...] eq export CHANNEL [--format=apo|rew] [--document=FILE]",
         "vek_master [OPTION...] --script=FILE [--keep-going]",
-        "vek_master serve [--device=PATH...] [--listen=HOST:PORT] [--token-file=FILE]\n"
-        "[--profile=FILE]",
+        "vek_master serve [--device=PATH...] [--virtual=FILE...] [--listen=HOST:PORT]\n"
+        "[--token-file=FILE] [--profile=FILE] [--state-dir=DIR]",
         "vek_master trace show FILE [--json]",
         "vek_master trace from-log LOG --output=FILE",
         "vek_master trace replay FILE (--launch=DAEMON [-- ARGS] | --device=PATH)\n"
@@ -113,6 +113,12 @@ const std::vector<VekMasterHelp::Section>& VekMasterHelp::sections() {
               "against it and stop it; arguments after -- go to the daemon\n",
               Value::Program},
              {"--log=FILE", "with --launch: append the daemon's output to FILE\n", Value::File},
+             {"--virtual=FILE",
+              "a simulated device holding the tuning document FILE (the daemon\n"
+              "beside vek_master, or --launch=PATH); FILE is not changed; with\n"
+              "serve: repeatable, beside --device, and POST\n"
+              "/api/devices/{n}/save writes it back (FILE.bak the old one)\n",
+              Value::File},
              {"--stats", "at the end, print the requests and bytes sent and received\n",
               Value::None},
              {"--connect=URL",
@@ -139,6 +145,14 @@ const std::vector<VekMasterHelp::Section>& VekMasterHelp::sections() {
               "for a client to send a request or take an answer\n"
               "(default 15000)\n",
               Value::Other},
+             {"--state-dir=DIR",
+              "where the journal of changes and the checkpoints are kept\n"
+              "(default $XDG_STATE_HOME/vek_tuner)\n",
+              Value::Other},
+             {"--no-journal",
+              "keep no journal: a set message costs no reads before and after\n"
+              "it, and there is no history, undo or checkpoint\n",
+              Value::None},
              {"--max-clients=N",
               "connections open at once, WebSockets included (default\n"
               "256; more are answered 503 and closed)\n",

@@ -18,6 +18,11 @@ const Json* known(const Json* item) {
     return item != nullptr && !VekSettingItem::isMissing(*item) ? item : nullptr;
 }
 
+VekSettingChange changeOf(const VekSetting& setting, const VekSettingItem::Key& key,
+                          const Json* before, const Json& after) {
+    return {setting.path(), key.channel, key.band, before != nullptr ? *before : Json(), after};
+}
+
 }  // namespace
 
 VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& options) {
@@ -53,9 +58,9 @@ VekTuningApply::Result VekTuningApply::run(const Json& document, const Options& 
     if (options.bypass) {
         wanted["Common"]["bypass"] = true;
     }
-    Json current;
+    Json current = options.current != nullptr ? *options.current : Json();
     int missing = 0;
-    if (!reader_.read(served, &wanted, current, missing)) {
+    if (options.current == nullptr && !reader_.read(served, &wanted, current, missing)) {
         stop(reader_.stopped(), result);
         return result;
     }
@@ -118,7 +123,8 @@ void VekTuningApply::plan(const Json& settings, const Json& current, std::vector
                 VekSettingItem::texts(setting, item, texts);
                 const Change change{VekSettingItem::label(setting, key),
                                     VekTuningDiff::show(setting, now, &item),
-                                    VekTuningDiff::show(setting, &item, now)};
+                                    VekTuningDiff::show(setting, &item, now),
+                                    changeOf(setting, key, now, item)};
                 steps.push_back({Step::Role::Value,
                                  &setting,
                                  VekSettingItem::args(setting, key, texts),
@@ -150,7 +156,8 @@ void VekTuningApply::planChannelArray(const VekSetting& setting, const Json& val
         if (want != nullptr && !VekTuningDiff::same(setting, have, want)) {
             const Change change{VekSettingItem::label(setting, key),
                                 VekTuningDiff::show(setting, have, want),
-                                VekTuningDiff::show(setting, want, have)};
+                                VekTuningDiff::show(setting, want, have),
+                                changeOf(setting, key, have, *want)};
             wanted.push_back({&setting, key, *want, change});
         }
     }
@@ -392,7 +399,7 @@ bool VekTuningApply::fromJson(const Json& json, Result& result) {
     }
     for (const Json& change : *changes) {
         result.changes.push_back(
-            {textOf(change, "setting"), textOf(change, "from"), textOf(change, "to")});
+            {textOf(change, "setting"), textOf(change, "from"), textOf(change, "to"), {}});
     }
     for (const Json& failure : *failures) {
         result.failures.push_back({textOf(failure, "setting"), textOf(failure, "reason")});

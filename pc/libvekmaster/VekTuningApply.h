@@ -6,6 +6,7 @@
 #include "VekDeviceReader.h"
 #include "VekExitStatus.h"
 #include "VekMasterSession.h"
+#include "VekSettingChange.h"
 #include "VekSettingItem.h"
 #include "VekSettingsTable.h"
 
@@ -23,11 +24,15 @@ public:
     struct Options {
         bool dryRun = false;  // read, plan and list the requests; set nothing
         bool bypass = false;
+        // The device's whole "settings" as known for certain (its only master set them
+        // last): nothing is read before the sets, only the values set are read back.
+        const Json* current = nullptr;
     };
     struct Change {
         std::string label;  // "Gain.master"
         std::string from;   // the device's value before, as a diff shows it
         std::string to;
+        VekSettingChange item;  // the same as items, for a journal
     };
     struct Failure {
         std::string label;

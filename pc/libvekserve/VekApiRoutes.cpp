@@ -38,11 +38,13 @@ const Json* settingsOf(const Json& document) {
 }  // namespace
 
 VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
-                           std::shared_ptr<const VekDeviceProfile> limits)
+                           std::shared_ptr<const VekDeviceProfile> limits,
+                           const VekChangeRecorder& recorder)
     : lines_(lines),
       profile_(std::move(limits)),
       catalog_(VekMessageCatalog::shared()),
-      table_(VekSettingsTable::shared()) {
+      table_(VekSettingsTable::shared()),
+      recorder_(recorder) {
     const auto bind = [this](void (VekApiRoutes::*handler)(const ExchangePtr&, const Params&)) {
         return [this, handler](const ExchangePtr& e, const Params& p) { (this->*handler)(e, p); };
     };
@@ -160,6 +162,23 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
         return;
     }
     const bool raw = exchange->request().flag("raw");
+    VekChangeSet touched(table_);
+    if (!raw && recorder_.journal() != nullptr &&
+        touched.add(checked.message(), checked.args())) {
+        // A change: what it set is read before and after, for the journal.
+        submit(exchange, *target,
+               [this, exchange, checked, touched, device = target->path()](
+                   VekMasterSession&, VekSessionAccess& access) {
+                   VekMasterReply reply;
+                   const std::string unrecorded =
+                       recorder_.around(access, touched, exchange, device, "request",
+                                        [&] { reply = access.send(checked, nullptr); });
+                   if (!VekChangeRecorder::refuseUnrecorded(exchange, unrecorded)) {
+                       answerReply(exchange, reply);
+                   }
+               });
+        return;
+    }
     if (!raw) {
         // Nothing to stream: the line may send it in one window with other clients'.
         VekLineJob job;
@@ -234,11 +253,17 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
     VekTuningApply::Options options;
     options.dryRun = exchange->request().flag("dry_run");
     options.bypass = exchange->request().flag("bypass");
-    submit(exchange, *target,
-           [exchange, document, options](VekMasterSession&, VekSessionAccess& access) {
-               const VekTuningApply::Result result = access.apply(document, options);
-               exchange->answer(vekhttp::VekExitHttp::status(result.status), VekTuningApply::json(result));
-           });
+    submit(exchange, *target, [this, exchange, document, options, device = target->path()](
+                                  VekMasterSession&, VekSessionAccess& access) {
+        const VekTuningApply::Result result = access.apply(document, options);
+        const std::string unrecorded =
+            options.dryRun ? ""
+                           : recorder_.record(exchange, device, "apply",
+                                              VekChangeRecorder::changesOf(result));
+        if (!VekChangeRecorder::refuseUnrecorded(exchange, unrecorded)) {
+            exchange->answer(vekhttp::VekExitHttp::status(result.status), VekTuningApply::json(result));
+        }
+    });
 }
 
 void VekApiRoutes::diff(const ExchangePtr& exchange) {
@@ -347,6 +372,7 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
     };
     auto answers = std::make_shared<std::vector<Json>>(list.size());
     auto batch = std::make_shared<VekMasterSession::Batch>();
+    auto touched = std::make_shared<VekChangeSet>(table_);
     for (size_t i = 0; i < list.size(); ++i) {
         VekCheckedRequest checked;
         const VekError why = VekRequestBody::message(catalog_, profile_.get(), list[i], checked);
@@ -356,10 +382,16 @@ void VekApiRoutes::batch(const ExchangePtr& exchange, const Params& params) {
         }
         batch->emplace_back(checked);
         batch->back().tag = i;
+        touched->add(checked.message(), checked.args());
     }
-    submit(exchange, *target, [exchange, answers, batch, answer](VekMasterSession& session,
-                                                                 VekSessionAccess&) {
-        session.exchange(*batch);
+    submit(exchange, *target, [this, exchange, answers, batch, answer, touched,
+                               device = target->path()](VekMasterSession& session,
+                                                        VekSessionAccess& access) {
+        const std::string unrecorded = recorder_.around(access, *touched, exchange, device, "batch",
+                                                        [&] { session.exchange(*batch); });
+        if (VekChangeRecorder::refuseUnrecorded(exchange, unrecorded)) {
+            return;
+        }
         for (const VekMasterExchange& sent : *batch) {
             (*answers)[sent.tag] =
                 sent.reply.answered()

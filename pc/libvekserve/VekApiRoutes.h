@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VekChangeRecorder.h"
 #include "VekHttpExchange.h"
 #include "VekLineWorker.h"
 #include "VekDeviceProfile.h"
@@ -25,9 +26,11 @@ public:
     using Lines = std::vector<std::unique_ptr<VekLineWorker>>;
 
     // Adds the routes to table; lines and table must outlive the routes. Messages and
-    // documents are checked against the ranges of limits.
+    // documents are checked against the ranges of limits. What changes a device goes to
+    // recorder.
     VekApiRoutes(Lines& lines, VekRouteTable& table,
-                 std::shared_ptr<const vekmaster::VekDeviceProfile> limits);
+                 std::shared_ptr<const vekmaster::VekDeviceProfile> limits,
+                 const VekChangeRecorder& recorder);
     VekApiRoutes(const VekApiRoutes&) = delete;
     VekApiRoutes& operator=(const VekApiRoutes&) = delete;
 
@@ -40,7 +43,7 @@ public:
     // The line a path names; null after answering 404.
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
     // Queues run on the line; 503 when the line does not take it.
-    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
+    static void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
 
 private:
 
@@ -62,12 +65,15 @@ private:
     static Json refusal(const vekmaster::VekError& error);
 
     // Queues a job for the line with its client and its refusal filled in.
-    void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
+    static void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
+
+private:
 
     Lines& lines_;
     const std::shared_ptr<const vekmaster::VekDeviceProfile> profile_;
     const vekmaster::VekMessageCatalog& catalog_;
     const vekmaster::VekSettingsTable& table_;
+    const VekChangeRecorder& recorder_;
 };
 
 }  // namespace vekserve

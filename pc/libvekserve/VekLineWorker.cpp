@@ -26,8 +26,13 @@ constexpr int kIdleSlices = 10;  // a second: how often a lost line is tried aga
 }  // namespace
 
 VekLineWorker::VekLineWorker(int index, std::string path, const VekServeConfig& config,
-                             VekEventHub& events, Log log)
-    : index_(index), path_(std::move(path)), config_(config), events_(events), log_(std::move(log)) {}
+                             VekEventHub& events, Log log, int virtualLine)
+    : index_(index),
+      path_(std::move(path)),
+      virtualLine_(virtualLine),
+      config_(config),
+      events_(events),
+      log_(std::move(log)) {}
 
 VekLineWorker::~VekLineWorker() {
     stop();
@@ -83,6 +88,9 @@ VekLineWorker::Json VekLineWorker::describe() const {
     Json out = Json::object();
     out["index"] = index_;
     out["path"] = path_;
+    if (virtualLine_ >= 0) {
+        out["virtual"] = true;  // path is then its document
+    }
     out["state"] = state_ == State::Connected      ? "connected"
                    : state_ == State::Disconnected ? "disconnected"
                                                    : "connecting";
@@ -311,7 +319,11 @@ bool VekLineWorker::openLine(std::string& problem) {
     if (config_.trace != nullptr) {
         options.trace.push_back(config_.trace);
     }
-    problem = connection_.open(path_, options);
+    if (virtualLine_ >= 0) {
+        connection_.adopt(virtualLine_, path_, options);  // the virtual device's daemon
+    } else {
+        problem = connection_.open(path_, options);
+    }
     if (!problem.empty()) {
         return false;
     }
@@ -370,7 +382,17 @@ void VekLineWorker::lose(const std::string& reason) {
     }
 }
 
+void VekLineWorker::remember(Json settings) {
+    known_ = std::move(settings);
+    knownAt_ = setsSeen_;
+}
+
+const VekLineWorker::Json* VekLineWorker::known() const {
+    return !known_.is_null() && knownAt_ == setsSeen_ ? &known_ : nullptr;
+}
+
 void VekLineWorker::setState(State state, const std::string& reason) {
+    ++setsSeen_;  // a device found again may have started afresh
     {
         std::lock_guard<std::mutex> lock(mutex_);
         state_ = state;
@@ -393,6 +415,9 @@ void VekLineWorker::watch(const VekMasterMessage& message, const vekprotocol::Ve
     } else if (reply != nullptr && reply->outcome == Outcome::NoAnswer) {
         unanswered_ = true;
         failure_ = reply->problem;
+    }
+    if (reply == nullptr && message.name.rfind("Set", 0) == 0) {
+        ++setsSeen_;
     }
     // In a window the requests go out, and their outcomes come, in the window's order.
     if (!windowOwners_.empty()) {

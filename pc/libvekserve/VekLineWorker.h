@@ -36,8 +36,10 @@ public:
     using Json = VekEventHub::Json;
     using Log = std::function<void(const std::string& line)>;
 
+    // virtualLine: the master end of a virtual device's pseudo-terminal (path is then its
+    // document), used as it is and never closed here; -1 for a line opened by path.
     VekLineWorker(int index, std::string path, const VekServeConfig& config, VekEventHub& events,
-                  Log log);
+                  Log log, int virtualLine = -1);
     // Stops and joins the thread.
     ~VekLineWorker();
     VekLineWorker(const VekLineWorker&) = delete;
@@ -51,11 +53,18 @@ public:
 
     // Queues a job; "" or why it was not taken (then it is not run and not refused).
     std::string submit(VekLineJob job);
-    // {"index", "path", "state", "version", "features"}; version and features once known.
+    // {"index", "path", "virtual", "state", "version", "features"}: virtual (true) only
+    // for a virtual device, version and features once known.
     Json describe() const;
     // describe() as a state event.
     Json stateEvent() const;
     const std::string& path() const { return path_; }
+    bool isVirtual() const { return virtualLine_ >= 0; }
+    // From a job on the line's thread only: the device's whole settings as a job has just
+    // read or set them, and those settings as long as no set message has gone on the line
+    // since and the daemon has not started again (null otherwise).
+    void remember(Json settings);
+    const Json* known() const;
     // The line's latest traffic, every frame each way, for a download.
     const vekmaster::VekTraceRing& trace() const { return trace_; }
 
@@ -89,6 +98,7 @@ private:
 
     const int index_;
     const std::string path_;
+    const int virtualLine_;
     const VekServeConfig& config_;
     VekEventHub& events_;
     Log log_;
@@ -116,6 +126,9 @@ private:
     std::vector<Owner> windowOwners_;
     size_t requestEvents_ = 0;
     size_t replyEvents_ = 0;
+    uint64_t setsSeen_ = 0;  // set messages sent and reconnections, to date the known settings
+    Json known_;
+    uint64_t knownAt_ = 0;
     bool quiet_ = false;            // no traffic events (the probes of a lost line)
     bool lineFailed_ = false;
     bool unanswered_ = false;

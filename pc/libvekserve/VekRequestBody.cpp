@@ -155,6 +155,14 @@ VekError VekRequestBody::message(const VekMessageCatalog& catalog, const VekDevi
     return catalog.check(*message, args, limits, checked);
 }
 
+std::string VekRequestBody::object(const std::string& body, Json& json) {
+    if (body.find_first_not_of(" \t\r\n") == std::string::npos) {
+        json = Json::object();
+        return "";
+    }
+    return parseObject(body, json);
+}
+
 std::string VekRequestBody::document(const VekSettingsTable& table, const std::string& body,
                                      Json& document) {
     const std::string problem = parseObject(body, document);

@@ -51,6 +51,8 @@ public:
     static constexpr size_t kMaxMessages = vekhttp::VekRemoteAccess::kMaxBatch;
     // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().
     static std::string messages(const std::string& body, std::vector<Json>& list);
+    // Any JSON object (an empty body is {}).
+    static std::string object(const std::string& body, Json& json);
     // A tuning document (format vek-tuning/1).
     static std::string document(const vekmaster::VekSettingsTable& table, const std::string& body,
                                 Json& document);

@@ -17,8 +17,11 @@
 #include "VekEqRoutes.h"
 #include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
+#include "VekHistoryRoutes.h"
 #include "VekHttpServer.h"
+#include "VekJournal.h"
 #include "VekLineWorker.h"
+#include "VekVirtualDevice.h"
 
 namespace vekserve {
 
@@ -43,11 +46,38 @@ int VekServe::run() {
     std::signal(SIGPIPE, SIG_IGN);
     // The io_context outlives the lines: a job that ends posts its answer to it.
     net::io_context io(1);
+    vekmaster::VekJournal journal;
+    const std::string stateDir =
+        config_.stateDir.empty() ? vekmaster::VekJournal::defaultDirectory() : config_.stateDir;
+    std::string problem = config_.journal ? journal.open(stateDir + "/journal.sqlite") : "";
+    if (!problem.empty()) {
+        std::fprintf(stderr, "vek_master: %s\n", problem.c_str());
+        return vekmaster::VekExitStatus::kIo;
+    }
+    // Declared before the lines, so that a virtual device's daemon outlives its line.
+    std::vector<std::unique_ptr<vekmaster::VekVirtualDevice>> virtuals;
+    const std::string daemon = vekmaster::VekVirtualDevice::daemonPath(config_.daemon);
+    for (const std::string& document : config_.virtuals) {
+        auto device = std::make_unique<vekmaster::VekVirtualDevice>();
+        problem = device->start(daemon, document, "", config_.timeoutMs);
+        if (!problem.empty()) {
+            std::fprintf(stderr, "vek_master: %s\n", problem.c_str());
+            return vekmaster::VekExitStatus::kDaemon;
+        }
+        say("vek_master serve: virtual device " + document + " (daemon log " +
+            device->daemonLog() + ")");
+        virtuals.push_back(std::move(device));
+    }
     VekEventHub events;
     VekApiRoutes::Lines lines;
     for (size_t i = 0; i < config_.devices.size(); ++i) {
         lines.push_back(std::make_unique<VekLineWorker>(static_cast<int>(i), config_.devices[i],
                                                         config_, events, say));
+    }
+    for (const auto& device : virtuals) {
+        lines.push_back(std::make_unique<VekLineWorker>(static_cast<int>(lines.size()),
+                                                        device->document(), config_, events, say,
+                                                        device->line()));
     }
     events.setOpening([&lines] {
         std::vector<VekEventHub::Json> states;
@@ -58,11 +88,13 @@ int VekServe::run() {
     });
     VekRouteTable routes;
     const auto profile = vekmaster::VekDeviceProfile::inUse();
-    VekApiRoutes api(lines, routes, profile);
+    const VekChangeRecorder recorder(config_.journal ? &journal : nullptr);
+    VekApiRoutes api(lines, routes, profile, recorder);
+    VekHistoryRoutes history(lines, routes, recorder);
     VekEqRoutes eq(api, routes);
     VekHttpServer server(io, config_, routes, assets_, events);
     uint16_t port = 0;
-    const std::string problem = server.listen(port);
+    problem = server.listen(port);
     if (!problem.empty()) {
         std::fprintf(stderr, "vek_master: %s\n", problem.c_str());
         return vekmaster::VekExitStatus::kIo;

@@ -15,6 +15,11 @@ struct VekServeConfig {
     static constexpr const char* kDefaultListen = "127.0.0.1:8741";
 
     std::vector<std::string> devices;
+    // --virtual=FILE: devices made from tuning documents, served after the lines.
+    std::vector<std::string> virtuals;
+    std::string daemon;    // the daemon a virtual device runs
+    std::string stateDir;  // where the journal and checkpoints are kept
+    bool journal = true;
     int32_t baudRate = 115200;
     int timeoutMs = 3000;  // for each answer on a line
     int window = 32;       // requests of a batch on a line at once

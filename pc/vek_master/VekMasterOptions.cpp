@@ -52,6 +52,7 @@ constexpr Flag kFlags[] = {
     {"--dry-run", &VekMasterOptions::dryRun},  {"--bypass", &VekMasterOptions::bypass},
     {"--force", &VekMasterOptions::force},     {"--csv", &VekMasterOptions::csv},
     {"--fit", &VekMasterOptions::fit},
+    {"--no-journal", &VekMasterOptions::noJournal},
 };
 
 constexpr Text kTexts[] = {
@@ -63,6 +64,7 @@ constexpr Text kTexts[] = {
     {"--connect=", &VekMasterOptions::connect},     {"--trace=", &VekMasterOptions::trace},
     {"--timing=", &VekMasterOptions::timing},       {"--channel=", &VekMasterOptions::channel},
     {"--preamp=", &VekMasterOptions::preamp},       {"--format=", &VekMasterOptions::format},
+    {"--state-dir=", &VekMasterOptions::stateDir},
 };
 
 constexpr Number kNumbers[] = {
@@ -122,6 +124,8 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
             }
         } else if ((value = VekOption::valueAfter(arg, "--device=")) != nullptr) {
             devices.emplace_back(value);
+        } else if ((value = VekOption::valueAfter(arg, "--virtual=")) != nullptr) {
+            virtuals.emplace_back(value);
         } else if ((value = VekOption::valueAfter(arg, "--baudRate=")) != nullptr) {
             speed_t speed = 0;
             if (!readNumber(value, 0, INT32_MAX, number) ||
@@ -180,8 +184,20 @@ std::string VekMasterOptions::parse(int argc, char** argv) {
     if (launch.empty() && (!log.empty() || !daemonArgs.empty())) {
         return "--log and DAEMON-ARGS need --launch";
     }
-    if (!launch.empty() && (!devices.empty() || !devicesFile.empty())) {
+    if (!virtuals.empty() && !daemonArgs.empty()) {
+        return "a virtual device's daemon takes its options from the document, not after --";
+    }
+    if (!serving() && !launch.empty() && (!devices.empty() || !devicesFile.empty())) {
         return "--device and --launch exclude each other";
+    }
+    if (!serving() && !virtuals.empty() && (!devices.empty() || !devicesFile.empty())) {
+        return "--virtual and --device go together with serve only";
+    }
+    if (!serving() && virtuals.size() > 1) {
+        return "--virtual is given once, but with serve";
+    }
+    if (!serving() && (!stateDir.empty() || noJournal)) {
+        return "--state-dir and --no-journal go with serve";
     }
     if (!timing.empty() && !tracing()) {
         return "--timing goes with trace replay";
@@ -194,11 +210,14 @@ std::string VekMasterOptions::checkServing() const {
         if (words.size() > 1) {
             return "serve takes no operands (the lines are --device=PATH)";
         }
-        if (!script.empty() || !launch.empty() || !connect.empty() || json || stats ||
+        if (!launch.empty() && virtuals.empty()) {
+            return "serve takes --launch=DAEMON only for its --virtual devices";
+        }
+        if (!script.empty() || !connect.empty() || json || stats ||
             keepGoing || dryRun || bypass || !output.empty() || force || curving()) {
-            return "serve takes --device, --devices, --baudRate, --timeout, --window, "
+            return "serve takes --device, --devices, --virtual, --baudRate, --timeout, --window, "
                    "--listen, --token-file, --queue, --client-timeout, --max-clients, "
-                   "--profile and --trace";
+                   "--profile, --trace, --state-dir, --no-journal and --launch";
         }
         return "";
     }
@@ -211,8 +230,9 @@ std::string VekMasterOptions::checkServing() const {
         }
         return "";
     }
-    if (!devices.empty() || !devicesFile.empty() || !launch.empty()) {
-        return "--connect and --device, --devices or --launch exclude each other";
+    if (!devices.empty() || !devicesFile.empty() || !launch.empty() || !virtuals.empty()) {
+        return std::string("--connect and --device, --devices or --launch exclude each other") +
+               (virtuals.empty() ? "" : "; so does --virtual");
     }
     if (!trace.empty()) {
         return "--trace does not go with --connect: the server's line is not ours to capture "
@@ -247,7 +267,7 @@ std::string VekMasterOptions::resolveDevices(bool& unreadable) {
             devices.push_back(line.words.front());
         }
     }
-    if (devices.empty() && launch.empty()) {
+    if (devices.empty() && launch.empty() && virtuals.empty()) {
         devices.emplace_back(kDefaultDevice);
     }
     // Two threads on one line would take each other's answers.

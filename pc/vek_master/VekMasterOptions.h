@@ -23,6 +23,9 @@ struct VekMasterOptions {
     std::string script;  // a file, or "-" for standard input
     bool keepGoing = false;
     std::string launch;                   // the daemon to start on a pseudo-terminal
+    std::vector<std::string> virtuals;    // --virtual=FILE: devices made from documents
+    std::string stateDir;                 // serve: where the journal is kept
+    bool noJournal = false;               // serve: keep none (no history, undo, checkpoints)
     std::string log;                      // where the launched daemon's output goes
     std::string output;                   // where the answer's raw data or a document goes
     bool dryRun = false;                  // apply: list the requests, set nothing

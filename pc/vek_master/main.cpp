@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -30,6 +31,7 @@
 #endif
 #include "VekTraceCommand.h"
 #include "VekTraceFile.h"
+#include "VekVirtualDevice.h"
 
 using namespace vekmaster;
 
@@ -311,6 +313,19 @@ int serve(VekMasterOptions& options, VekTraceSink* trace) {
                      "client must then bring");
     }
     config.devices = options.devices;
+    // The journal knows a virtual device by its document, wherever serve was started.
+    for (const std::string& document : options.virtuals) {
+        char* full = realpath(document.c_str(), nullptr);
+        if (full == nullptr) {
+            complain(document + ": " + std::strerror(errno));
+            return VekExitStatus::kIo;
+        }
+        config.virtuals.emplace_back(full);
+        std::free(full);
+    }
+    config.daemon = options.launch;
+    config.stateDir = options.stateDir;
+    config.journal = !options.noJournal;
     config.trace = trace;
     config.baudRate = options.baudRate;
     config.timeoutMs = options.timeoutMs;
@@ -370,6 +385,24 @@ std::string stats(const DeviceRun& run) {
            std::to_string(run.ms) + " ms";
 }
 
+// The commands on a daemon's line of our own (launched or virtual).
+int runOnConnection(VekDeviceConnection& connection, const VekMasterOptions& options,
+                    const std::vector<VekMasterCommand>& commands) {
+    DeviceRun run;
+    run.device = connection.device();
+    runOnSession(connection.session(), connection.access(), options, commands, false, run);
+    if (options.stats) {
+        print(stats(run) + '\n', stderr);
+    }
+    return run.status;
+}
+
+// The daemon's end: a run that went well still fails when the daemon did not stop cleanly.
+int daemonEnded(bool clean, const std::string& report, int status) {
+    std::fprintf(stderr, "%s\n", report.c_str());
+    return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
+}
+
 int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
                 VekTraceSink* trace) {
     VekDeviceConnection connection;
@@ -386,18 +419,33 @@ int runLaunched(const VekMasterOptions& options, const std::vector<VekMasterComm
         complain(problem);
         status = VekExitStatus::kDaemon;
     } else {
-        DeviceRun run;
-        run.device = connection.device();
-        runOnSession(connection.session(), connection.access(), options, commands, false, run);
-        status = run.status;
-        if (options.stats) {
-            print(stats(run) + '\n', stderr);
-        }
+        status = runOnConnection(connection, options, commands);
     }
     std::string report;
     const bool clean = connection.close(report);
-    std::fprintf(stderr, "%s\n", report.c_str());
-    return status == VekExitStatus::kOk && !clean ? VekExitStatus::kDaemon : status;
+    return daemonEnded(clean, report, status);
+}
+
+// The commands on a device made from a document; the document itself stays as it was.
+int runVirtual(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
+               VekTraceSink* trace) {
+    VekVirtualDevice device;
+    const std::string problem = device.start(VekVirtualDevice::daemonPath(options.launch),
+                                             options.virtuals.front(), options.log,
+                                             options.timeoutMs);
+    if (!problem.empty()) {
+        complain(problem);
+        return VekExitStatus::kDaemon;
+    }
+    int status = VekExitStatus::kOk;
+    {
+        VekDeviceConnection connection;
+        connection.adopt(device.line(), device.document(), lineOptions(options, trace));
+        status = runOnConnection(connection, options, commands);
+    }
+    std::string report;
+    const bool clean = device.stop(VekDeviceConnection::kStopMs, report);
+    return daemonEnded(clean, report, status);
 }
 
 void runDevice(const VekMasterOptions& options, const std::vector<VekMasterCommand>& commands,
@@ -480,6 +528,9 @@ int main(int argc, char** argv) {
     problem = checkSeveral(options, commands);
     if (!problem.empty()) {
         return usage(problem);
+    }
+    if (!options.virtuals.empty()) {
+        return runVirtual(options, commands, trace);
     }
     if (!options.launch.empty()) {
         return runLaunched(options, commands, trace);

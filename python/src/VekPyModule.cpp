@@ -15,6 +15,7 @@
 #include "VekSettingsTable.h"
 #include "VekTuningDiff.h"
 #include "VekTuningDocument.h"
+#include "VekVirtualDevice.h"
 
 namespace py = pybind11;
 
@@ -113,6 +114,9 @@ PYBIND11_MODULE(_vektuner, m) {
     m.def("check", [](py::handle document) {
         return VekTuningDocument::check(VekSettingsTable::shared(),
                                         VekPyJson::toJson(document, "the document"));
+    });
+    m.def("virtual_options", [](py::handle document) {
+        return VekVirtualDevice::optionsFor(VekPyJson::toJson(document, "the document"));
     });
     m.def("diff", [](py::handle a, py::handle b) {
         py::list list;

@@ -89,3 +89,21 @@ def test_a_feature_the_device_does_not_serve_sets_nothing(link):
     assert result["status"] == "NG"
     assert result["error"].startswith("the device does not serve Reverb")
     assert not [frame for frame in received(link) if ":Set" in frame]
+
+
+def test_launch_with_a_document_makes_a_device_holding_it(tmp_path):
+    path = tmp_path / "tuning.json"
+    path.write_text(json.dumps({"format": "vek-tuning/1", "settings": {
+        "Gain": {"master": -9}, "Reverb": {"mode": 2},
+        "Eq": {"band": {"RF": [None, {"value1": 1, "value2": 900, "value3": 4, "value4": 2,
+                                      "value5": 0, "value6": 0}]}}}}))
+    with vektuner.launch(document=path) as link:
+        settings = link.snapshot()["settings"]
+        # The fixed equaliser and Reverb were asked for by what the document holds.
+        assert settings["Gain"]["master"] == -9
+        assert settings["Reverb"]["mode"] == 2
+        assert settings["Eq"]["band"]["RF"][1] == {"value1": 1, "value2": 900, "value3": 4,
+                                                   "value4": 2, "value5": 0, "value6": 0}
+    assert json.loads(path.read_text())["settings"]["Gain"]["master"] == -9
+    with pytest.raises(vektuner.DaemonError, match="did not take the tuning"):
+        vektuner.launch(document=path, sim="fail=setMasterGain:-5")

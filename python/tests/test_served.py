@@ -14,7 +14,8 @@ import vektuner
 def server(cabled_daemon):
     """vek_master serve on the cabled daemon's line; yields its URL."""
     serve = subprocess.Popen([os.environ["VEK_MASTER"], "serve", f"--device={cabled_daemon}",
-                              "--listen=127.0.0.1:0"], stdout=subprocess.PIPE, text=True)
+                              "--listen=127.0.0.1:0", "--no-journal"],
+                             stdout=subprocess.PIPE, text=True)
     try:
         url = serve.stdout.readline().strip().rsplit(" ", 1)[-1]
         assert url.startswith("http://127.0.0.1:")

@@ -220,7 +220,7 @@ def default_daemon():
 
 
 def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=False,
-           window=None) -> Link:
+           window=None, document=None) -> Link:
     """Starts vek_tuner on a pseudo-terminal with the simulated audio platform and gives
     a Link to it; use it as a context manager (closing it stops the daemon with SIGUSR1
     and raises DaemonError if it did not end with status 0).
@@ -229,14 +229,27 @@ def launch(daemon_path=None, args=(), sim=None, timeout=3.0, log=None, force=Fal
     ("--reverb", "--eqMode=1"); sim: AUDIO_SETTING_SIM items for the simulator, a string
     ("absent=vb;fail=getBypass:-5") or a sequence of items; log: the file its output is
     appended to (default: a new $TMPDIR/vek_tuner-XXXXXX.log, in link.daemon_log); force:
-    as for Link."""
+    as for Link. document: a tuning document (a dict, or the path of a JSON file) the
+    device is brought to before it is handed over, a device made from the document as
+    vek_master --virtual=FILE makes one (the daemon options it needs are added to args);
+    DaemonError when it does not take the tuning. The file itself is not changed."""
+    if document is not None:
+        document = _document(document)
+        args = tuple(args) + tuple(_vektuner.virtual_options(document))
     environment = []
     if sim is not None:
         items = sim if isinstance(sim, str) else ";".join(sim)
         environment.append("AUDIO_SETTING_SIM=" + items)
     path = os.fspath(daemon_path) if daemon_path is not None else default_daemon()
-    return Link._launched(path, args, environment, None if log is None else os.fspath(log),
+    link = Link._launched(path, args, environment, None if log is None else os.fspath(log),
                           timeout, force, window)
+    if document is not None:
+        result = link.apply(document)
+        if result["status"] != "OK":
+            link.close()
+            raise DaemonError("the simulated device did not take the tuning: " +
+                              result.get("error", str(result["failures"])))
+    return link
 
 
 def use_profile(path=None) -> str:

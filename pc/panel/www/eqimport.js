@@ -6,7 +6,28 @@ import { CurvePlot } from './curve.js';
 // channel and answers a plan, drawn over the channel's current curve with every value it
 // clamped marked; Apply sends exactly what was previewed. channel() names the channel
 // the page shows; applied() is called once the device has taken it.
+//
+// The box is made once per device and handed back when the page is built again (a line
+// that reconnects rebuilds every page): pasted text, a preview and an answer on its way
+// survive it.
+const boxes = new Map();
+
 export function filterImport(panel, channel, applied) {
+  const kept = boxes.get(panel.device);
+  if (kept) {
+    kept.channel = channel;
+    kept.applied = applied;
+    return kept.element;
+  }
+  const box = { channel, applied, element: null };
+  boxes.set(panel.device, box);
+  box.element = build(panel, box);
+  return box.element;
+}
+
+function build(panel, box) {
+  const channel = () => box.channel();
+  const applied = () => box.applied();
   const text = el('textarea', { id: 'filter-text', rows: 6, spellcheck: 'false',
     'aria-label': 'Filter text',
     placeholder: 'Paste filter text (Preamp: …, Filter 1: ON PK Fc … Hz Gain … dB Q …) or drop the file here' });

@@ -10,6 +10,7 @@ import { hfePage, vbPage } from './effects.js';
 import { reverbPage, speakerPage } from './speaker.js';
 import { tuningPage } from './tuning.js';
 import { trafficPage } from './traffic.js';
+import { historyPage } from './history.js';
 
 // The panel: the tabs, the device the per-device pages show, the line's state, and the
 // events that keep every control at what the device last answered.
@@ -26,7 +27,7 @@ class Panel {
     this.lastRequest = new Map();
     this.pages = [devicesPage(this), commonPage(this), gainPage(this), equaliserPage(this),
       hfePage(this), vbPage(this), reverbPage(this), speakerPage(this), tuningPage(this),
-      trafficPage(this)];
+      historyPage(this), trafficPage(this)];
     this.tabs = document.getElementById('tabs');
     this.picker = document.getElementById('device');
     this.picker.addEventListener('change', () => this.open(Number(this.picker.value)));
@@ -217,6 +218,9 @@ class Panel {
       this.lastRequest.set(event.device, event.request);
     } else if (event.type === 'response' && event.reply && event.reply.status === 'OK') {
       this.onAnswer(event);
+      if (event.device === this.device && event.reply.message.startsWith('Set')) {
+        this.page('history').changed();
+      }
     }
   }
 
