@@ -44,6 +44,8 @@ public:
     VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
     // Queues run on the line; 503 when the line does not take it.
     static void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
+    // Where changes are journalled, for routes of other files that change settings.
+    const VekChangeRecorder& recorder() const { return recorder_; }
 
 private:
 

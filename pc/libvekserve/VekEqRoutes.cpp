@@ -92,8 +92,18 @@ void VekEqRoutes::import(const ExchangePtr& exchange, const Params& params, bool
         return;
     }
     request.dryRun = dryRun;
-    api_.submit(exchange, *target, [exchange, request](VekMasterSession&, VekSessionAccess& access) {
+    const VekChangeRecorder& recorder = api_.recorder();
+    api_.submit(exchange, *target, [exchange, request, &recorder, device = target->path()](
+                                       VekMasterSession&, VekSessionAccess& access) {
         const VekFilterImport::Outcome outcome = VekFilterImport::toDevice(access, request);
+        // An import is one step of the device's history, however many values it set.
+        const std::string unrecorded =
+            request.dryRun ? ""
+                           : recorder.record(exchange, device, "import",
+                                             VekChangeRecorder::changesOf(outcome.applied));
+        if (VekChangeRecorder::refuseUnrecorded(exchange, unrecorded)) {
+            return;
+        }
         const int status = outcome.status == VekExitStatus::kData
                                ? 422
                                : vekhttp::VekExitHttp::status(outcome.status);

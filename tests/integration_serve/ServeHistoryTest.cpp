@@ -149,6 +149,29 @@ TEST(ServeHistoryTest, UndoAndRedoStepOverAnApplyAsOneStepAndANewChangeDropsTheR
     EXPECT_EQ(serve.get("/api/devices/0/history?limit=0")["_status"], 400);
 }
 
+TEST(ServeHistoryTest, AFilterImportIsOneStepAndUndoesAsOne) {
+    Scratch scratch;
+    VirtualServe serve(scratch, scratch.write("tuning.json", kDocument));
+    ASSERT_TRUE(serve.ready) << serve.rig.output();
+    const Json before = serve.settings();
+    const Json imported = serve.post("/api/devices/0/eq/import", R"({"channels":"CF","text":
+        "Preamp: -2 dB\nFilter 1: ON PK Fc 500 Hz Gain -3 dB Q 1.5\n"})");
+    ASSERT_EQ(imported["_status"], 200) << imported;
+
+    const Json history = serve.get("/api/devices/0/history");
+    ASSERT_EQ(history["total"], 1);
+    const Json& step = history["steps"][0];
+    EXPECT_EQ(step["kind"], "import");
+    std::vector<std::string> touched;
+    for (const Json& change : step["changes"]) {
+        touched.push_back(change["setting"].get<std::string>());
+    }
+    EXPECT_EQ(touched, (std::vector<std::string>{"Gain.channel", "EqV2.bandCount", "EqV2.band"}));
+
+    EXPECT_EQ(serve.post("/api/devices/0/undo")["undone"]["kind"], "import");
+    EXPECT_EQ(serve.settings(), before);
+}
+
 TEST(ServeHistoryTest, ACheckpointApplySendsExactlyTheSettingsThatDiffer) {
     Scratch scratch;
     VirtualServe serve(scratch, scratch.write("tuning.json", kDocument));
