@@ -1,0 +1,317 @@
+#include "VekSettingAccess.h"
+
+#include <algorithm>
+
+#include "VekNames.h"
+
+namespace vekmaster {
+
+namespace {
+
+using Json = VekSettingAccess::Json;
+using Key = VekSettingAccess::Key;
+using Range = VekSetting::Range;
+using Outcome = VekMasterReply::Outcome;
+using Kind = VekError::Kind;
+
+bool perChannel(const VekSetting& setting) {
+    return setting.range == Range::PerChannel || setting.range == Range::PerBand;
+}
+
+// A value of every field, for checking the fields a partial value gives.
+Json placeholder(const VekSetting& setting) {
+    Json item = Json::object();
+    for (const auto& slot : setting.value) {
+        const Json one = slot.base == "float"    ? Json(0.0)
+                         : slot.base == "bool"   ? Json(false)
+                         : slot.base == "string" ? Json("x")
+                                                 : Json(0);
+        item[slot.name] = slot.count == 1 ? one : Json(std::vector<Json>(slot.count, one));
+    }
+    return item;
+}
+
+// "" or what is wrong with a value of a ChannelArray, as an object by channel.
+std::string checkChannels(const VekSetting& setting, Json& value) {
+    const std::vector<std::string>& channels = VekSettingsTable::channels();
+    if (value.is_array() && value.size() == channels.size()) {
+        Json byChannel = Json::object();
+        for (size_t i = 0; i < channels.size(); ++i) {
+            byChannel[channels[i]] = value[i];
+        }
+        value = std::move(byChannel);
+    }
+    if (!value.is_object()) {
+        return "is not a mapping by channel (" + VekNames::join(channels) +
+               ") or a sequence of " + std::to_string(channels.size()) + " values";
+    }
+    VekSettingItem::Texts texts;
+    for (const auto& member : value.items()) {
+        if (!VekNames::contains(channels, member.key())) {
+            return "unknown channel " + member.key() + " (channels: " + VekNames::join(channels) +
+                   ")";
+        }
+        const std::string problem = VekSettingItem::texts(setting, member.value(), texts);
+        if (!problem.empty()) {
+            return member.key() + ' ' + problem;
+        }
+    }
+    return "";
+}
+
+// The set message's value texts: a ChannelArray's six channels as one field.
+std::string textsOf(const VekSetting& setting, const Json& value, VekSettingItem::Texts& out) {
+    if (setting.range != Range::ChannelArray) {
+        return VekSettingItem::texts(setting, value, out);
+    }
+    out.assign(1, {});
+    for (const std::string& channel : VekSettingsTable::channels()) {
+        VekSettingItem::Texts one;
+        const std::string problem =
+            VekSettingItem::texts(setting, value.value(channel, Json()), one);
+        if (!problem.empty()) {
+            return channel + ' ' + problem;
+        }
+        out[0].push_back(one[0][0]);
+    }
+    return "";
+}
+
+}  // namespace
+
+VekError VekSettingAccess::locate(const VekSettingsTable& table, const std::string& feature,
+                                  const std::string& name, const std::string& channel, int band,
+                                  bool whole, Target& target) {
+    target = Target();
+    const VekSetting* setting = table.find(feature, name);
+    if (setting == nullptr) {
+        return {Kind::NotFound, "no setting " + feature + '.' + name};
+    }
+    const std::vector<std::string>& channels = VekSettingsTable::channels();
+    const bool byChannel = perChannel(*setting) || setting->range == Range::ChannelArray;
+    const bool anyChannel = whole && channel.empty();
+    if (!byChannel && !channel.empty()) {
+        return {Kind::Usage, setting->path() + " has no channels"};
+    }
+    if (byChannel && !anyChannel && (perChannel(*setting) || !channel.empty()) &&
+        !VekNames::contains(channels, channel)) {
+        return {Kind::Usage, setting->path() + ": channel '" + channel + "' is not one of " +
+                                 VekNames::join(channels)};
+    }
+    if (setting->range != Range::PerBand) {
+        if (band >= 0) {
+            return {Kind::Usage, setting->path() + " has no bands"};
+        }
+    } else if ((band != -1 || !whole) && (band < 0 || band >= VekSettingsTable::kMaxBands)) {
+        return {Kind::Usage, setting->path() + ": band " + std::to_string(band) + " is not 0 to " +
+                                 std::to_string(VekSettingsTable::kMaxBands - 1)};
+    } else if (band >= 0 && channel.empty()) {
+        return {Kind::Usage, setting->path() + ": a band is named with its channel"};
+    }
+    target.setting = setting;
+    target.key = {channel, setting->range == Range::PerBand ? band : -1};
+    return {};
+}
+
+VekError VekSettingAccess::prepare(const Target& target, Json& value, bool& partial) {
+    const VekSetting& setting = *target.setting;
+    const std::string label = target.label();
+    partial = false;
+    if (setting.set == nullptr) {
+        return {Kind::Usage, label + " can only be read"};
+    }
+    if ((setting.range == Range::PerChannel && target.key.channel.empty()) ||
+        (setting.range == Range::PerBand && target.key.band < 0)) {
+        return {Kind::Usage, label + ": a value is written for one " +
+                                 (setting.range == Range::PerBand ? "band" : "channel")};
+    }
+    std::string problem;
+    if (setting.range == Range::ChannelArray) {
+        if (!target.key.channel.empty()) {
+            value = Json{{target.key.channel, std::move(value)}};
+        }
+        problem = checkChannels(setting, value);
+        partial = value.is_object() && value.size() < VekSettingsTable::channels().size();
+    } else {
+        VekSettingItem::Texts texts;
+        if (setting.value.size() > 1 && value.is_object()) {
+            Json filled = placeholder(setting);
+            for (const auto& member : value.items()) {
+                filled[member.key()] = member.value();
+            }
+            partial = value.size() < setting.value.size();
+            problem = VekSettingItem::texts(setting, filled, texts);
+        } else {
+            problem = VekSettingItem::texts(setting, value, texts);
+        }
+    }
+    return problem.empty() ? VekError() : VekError(Kind::Usage, label + ": " + problem);
+}
+
+VekError VekSettingAccess::checked(const VekMasterMessage& message,
+                                   const vekprotocol::VekFields& args,
+                                   VekCheckedRequest& request) const {
+    const VekError refused = VekMessageCatalog::shared().check(message, args, limits_, request);
+    if (!refused && sending_) {
+        sending_(request);
+    }
+    return refused;
+}
+
+VekError VekSettingAccess::gets(const VekSetting& setting, const std::vector<Key>& keys,
+                                VekMasterExchange::Batch& batch) {
+    std::vector<VekCheckedRequest> requests(keys.size());
+    for (size_t i = 0; i < keys.size(); ++i) {
+        const VekError refused =
+            checked(*setting.get, VekSettingItem::keyArgs(setting, keys[i]), requests[i]);
+        if (refused) {
+            return refused;
+        }
+        batch.emplace_back(requests[i]);
+        batch.back().tag = i;
+    }
+    if (batch.size() == 1) {
+        // One request goes as one: through a server, the line may window it with
+        // other clients' requests.
+        batch.front().reply = access_.send(requests.front(), nullptr);
+        batch.front().sent = batch.front().reply.outcome != Outcome::Refused;
+    } else {
+        access_.exchange(batch);
+    }
+    for (const VekMasterExchange& e : batch) {
+        if (!e.reply.answered()) {
+            return e.reply.error();
+        }
+    }
+    return {};
+}
+
+VekError VekSettingAccess::bandKeys(const Target& target, std::vector<Key>& keys,
+                                    Result& result) {
+    const VekSetting& setting = *target.setting;
+    if (target.key.band >= 0) {
+        keys.push_back(target.key);
+        return {};
+    }
+    const VekSetting* bandCount = table_.bandCountOf(setting);
+    Result counts;
+    const VekError failed = read({bandCount, {}}, counts);
+    if (failed || counts.reply.outcome == Outcome::Ng) {
+        result = std::move(counts);
+        return failed;
+    }
+    for (const std::string& channel : VekSettingsTable::channels()) {
+        if (!target.key.channel.empty() && channel != target.key.channel) {
+            continue;
+        }
+        const Json* count = VekValueJson::member(&counts.value, channel);
+        const int64_t n = count != nullptr && count->is_number_integer() ? count->get<int64_t>() : 0;
+        for (int band = 0; band < std::min<int64_t>(n, VekSettingsTable::kMaxBands); ++band) {
+            keys.push_back({channel, band});
+        }
+    }
+    return {};
+}
+
+VekError VekSettingAccess::read(const Target& target, Result& result) {
+    const VekSetting& setting = *target.setting;
+    result = Result();
+    std::vector<Key> keys;
+    switch (setting.range) {
+        case Range::One:
+        case Range::ChannelArray:
+            keys.push_back({});
+            break;
+        case Range::PerChannel:
+            for (const std::string& channel : VekSettingsTable::channels()) {
+                if (target.key.channel.empty() || channel == target.key.channel) {
+                    keys.push_back({channel, -1});
+                }
+            }
+            break;
+        case Range::PerBand: {
+            const VekError failed = bandKeys(target, keys, result);
+            if (failed || result.message != nullptr) {
+                return failed;
+            }
+            break;
+        }
+    }
+    VekMasterExchange::Batch batch;
+    const VekError failed = gets(setting, keys, batch);
+    if (failed) {
+        return failed;
+    }
+    // The answers placed as a document's settings hold them, then the part asked for.
+    Json settings = Json::object();
+    VekSettingItem::place(settings, setting, target.key, Json::object());
+    const VekMasterExchange* decided = nullptr;
+    for (const VekMasterExchange& e : batch) {
+        const Key& key = keys[e.tag];
+        const bool ng = e.reply.outcome == Outcome::Ng;
+        if (decided == nullptr || (ng && decided->reply.outcome != Outcome::Ng)) {
+            decided = &e;
+        }
+        if (setting.range != Range::ChannelArray || ng) {
+            VekSettingItem::place(settings, setting, key,
+                                  ng ? VekSettingItem::missing("NG")
+                                     : VekSettingItem::fromReply(setting, e.reply, -1));
+            continue;
+        }
+        const std::vector<std::string>& channels = VekSettingsTable::channels();
+        for (size_t i = 0; i < channels.size(); ++i) {
+            VekSettingItem::place(settings, setting, {channels[i], -1},
+                                  VekSettingItem::fromReply(setting, e.reply, static_cast<int>(i)));
+        }
+    }
+    if (decided != nullptr) {
+        result.message = decided->message;
+        result.reply = decided->reply;
+    }
+    const bool one = batch.size() == 1 && (setting.range != Range::PerBand || target.key.band >= 0);
+    if (one && result.reply.outcome == Outcome::Ng) {
+        return {};
+    }
+    const Json* value = VekSettingItem::at(settings, setting, target.key);
+    result.value = value != nullptr ? *value : Json::object();
+    return {};
+}
+
+VekError VekSettingAccess::write(const Target& target, const Json& given, Result& result) {
+    const VekSetting& setting = *target.setting;
+    result = Result();
+    Json value = given;
+    bool partial = false;
+    const VekError bad = prepare(target, value, partial);
+    if (bad) {
+        return bad;
+    }
+    if (partial) {
+        // A ChannelArray is read whole: its one set message carries every channel.
+        const Key whole = setting.range == Range::ChannelArray ? Key{} : target.key;
+        const VekError failed = read({&setting, whole}, result);
+        if (failed || result.reply.outcome == Outcome::Ng) {
+            return failed;
+        }
+        Json merged = std::move(result.value);
+        merged.update(value);
+        value = std::move(merged);
+    }
+    VekSettingItem::Texts texts;
+    const std::string problem = textsOf(setting, value, texts);
+    if (!problem.empty()) {
+        return {Kind::BadAnswer, target.label() + ": the device's value " + problem};
+    }
+    VekCheckedRequest request;
+    const VekError refused =
+        checked(*setting.set, VekSettingItem::args(setting, target.key, texts), request);
+    if (refused) {
+        return refused;
+    }
+    result = Result();
+    result.message = setting.set;
+    result.reply = access_.send(request, nullptr);
+    return result.reply.error();
+}
+
+}  // namespace vekmaster
