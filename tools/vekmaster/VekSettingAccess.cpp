@@ -1,6 +1,7 @@
 #include "VekSettingAccess.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "VekNames.h"
 
@@ -77,7 +78,32 @@ std::string textsOf(const VekSetting& setting, const Json& value, VekSettingItem
     return "";
 }
 
+VekError noSuchBand(const VekSetting& setting, const std::string& band) {
+    return {Kind::Usage, setting.path() + ": band " + band + " is not 0 to " +
+                             std::to_string(VekSettingsTable::kMaxBands - 1)};
+}
+
 }  // namespace
+
+VekError VekSettingAccess::locate(const VekSettingsTable& table,
+                                  const std::vector<std::string>& path, Target& target) {
+    const std::string none;
+    const std::string& channel = path.size() > 2 ? path[2] : none;
+    VekError error = locate(table, path.at(0), path.at(1), channel, -1, true, target);
+    if (error || path.size() < 4) {
+        return error;
+    }
+    const std::string& text = path[3];
+    if (target.setting->range != Range::PerBand) {
+        return {Kind::Usage, target.setting->path() + " has no bands"};
+    }
+    // Two digits at most: what strtol would make of the rest is not what was given.
+    if (text.empty() || text.size() > 2 || text.find_first_not_of("0123456789") != std::string::npos) {
+        return noSuchBand(*target.setting, text);
+    }
+    const int band = static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+    return locate(table, path[0], path[1], channel, band, true, target);
+}
 
 VekError VekSettingAccess::locate(const VekSettingsTable& table, const std::string& feature,
                                   const std::string& name, const std::string& channel, int band,
@@ -103,8 +129,7 @@ VekError VekSettingAccess::locate(const VekSettingsTable& table, const std::stri
             return {Kind::Usage, setting->path() + " has no bands"};
         }
     } else if ((band != -1 || !whole) && (band < 0 || band >= VekSettingsTable::kMaxBands)) {
-        return {Kind::Usage, setting->path() + ": band " + std::to_string(band) + " is not 0 to " +
-                                 std::to_string(VekSettingsTable::kMaxBands - 1)};
+        return noSuchBand(*setting, std::to_string(band));
     } else if (band >= 0 && channel.empty()) {
         return {Kind::Usage, setting->path() + ": a band is named with its channel"};
     }

@@ -55,6 +55,10 @@ public:
     static VekError locate(const VekSettingsTable& table, const std::string& feature,
                            const std::string& name, const std::string& channel, int band,
                            bool whole, Target& target);
+    // The same from an address's segments: feature, name, and a channel and a band when
+    // given (all of them when not); the band as decimal text.
+    static VekError locate(const VekSettingsTable& table, const std::vector<std::string>& path,
+                           Target& target);
     // Checks a value given for a write of target and brings it to the form a document
     // holds (a ChannelArray's six-element sequence or one channel's item as an object by
     // channel); partial when the device's own values must complete it. Usage, naming

@@ -35,9 +35,16 @@ public:
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
     static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+    // The status of the error's kind, with the body that says why.
+    static void answerError(const ExchangePtr& exchange, const vekmaster::VekError& error);
+
+    using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
+    // The line a path names; null after answering 404.
+    VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
+    // Queues run on the line; 503 when the line does not take it.
+    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
 
 private:
-    using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
 
     void devices(const ExchangePtr& exchange);
     void message(const ExchangePtr& exchange, const Params& params);
@@ -56,10 +63,6 @@ private:
     // its field and range.
     static Json refusal(const vekmaster::VekError& error);
 
-    // The line a path names; null after answering 404.
-    VekLineWorker* line(const ExchangePtr& exchange, const std::string& index);
-    // Queues run on the line; 503 when the line does not take it.
-    void submit(const ExchangePtr& exchange, VekLineWorker& line, Run run);
     // Queues a job for the line with its client and its refusal filled in.
     void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);
 

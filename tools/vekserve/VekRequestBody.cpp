@@ -155,6 +155,20 @@ VekError VekRequestBody::message(const VekMessageCatalog& catalog, const VekDevi
     return catalog.check(*message, args, limits, checked);
 }
 
+std::string VekRequestBody::settingValue(const std::string& body, Json& value) {
+    Json json;
+    const std::string problem = parseObject(body, json);
+    if (!problem.empty()) {
+        return problem;
+    }
+    const Json* given = VekValueJson::member(&json, "value");
+    if (given == nullptr || json.size() != 1) {
+        return "the body is not {\"value\": VALUE}";
+    }
+    value = *given;
+    return "";
+}
+
 std::string VekRequestBody::document(const VekSettingsTable& table, const std::string& body,
                                      Json& document) {
     const std::string problem = parseObject(body, document);

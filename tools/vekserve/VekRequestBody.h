@@ -50,6 +50,8 @@ public:
     static constexpr size_t kMaxMessages = 1024;
     // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().
     static std::string messages(const std::string& body, std::vector<Json>& list);
+    // {"value": VALUE}: what a setting's value, or part of it, is to become.
+    static std::string settingValue(const std::string& body, Json& value);
     // A tuning document (format vek-tuning/1).
     static std::string document(const vekmaster::VekSettingsTable& table, const std::string& body,
                                 Json& document);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "VekApiRoutes.h"
+#include "VekSettingRoutes.h"
 #include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
 #include "VekHttpServer.h"
@@ -58,6 +59,7 @@ int VekServe::run() {
     VekRouteTable routes;
     const auto profile = vekmaster::VekDeviceProfile::inUse();
     VekApiRoutes api(lines, routes, profile);
+    VekSettingRoutes settingRoutes(api, routes, profile);
     VekHttpServer server(io, config_, routes, assets_, events);
     uint16_t port = 0;
     const std::string problem = server.listen(port);
