@@ -10,6 +10,7 @@ export class Api {
     this.sent = 0;
     this.own = new Set();  // the ids of our messages' requests, whose controls show their answers
     this.waiting = new Map();  // device -> messages not yet sent, with their promises' resolve
+    this.parts = new Map();  // setting path -> parts to read, with their promises' resolve
     this.onUnauthorized = () => {};
   }
 
@@ -54,6 +55,17 @@ export class Api {
 
   get(path) { return this.call('GET', path); }
   post(path, body) { return this.call('POST', path, body); }
+  // A write whose events are known as ours: its controls show its answer themselves.
+  put(path, body) { return this.call('PUT', path, body, this.ownId()); }
+
+  ownId() {
+    const id = this.nextId();
+    this.own.add(id);
+    if (this.own.size > 1024) {
+      this.own.delete(this.own.values().next().value);
+    }
+    return id;
+  }
 
   // One message on a device's line; its events are known as ours (an apply's are not:
   // the controls read again what it set). The messages asked for in one turn of the
@@ -74,11 +86,7 @@ export class Api {
   async send(device) {
     const waiting = this.waiting.get(device);
     this.waiting.delete(device);
-    const id = this.nextId();
-    this.own.add(id);
-    if (this.own.size > 1024) {
-      this.own.delete(this.own.values().next().value);
-    }
+    const id = this.ownId();
     if (waiting.length === 1) {
       waiting[0].resolve(await this.call('POST', `/api/devices/${device}/request`,
                                          waiting[0].message, id));
@@ -93,6 +101,47 @@ export class Api {
         w.resolve(answer.body.answers[i]);
       }
     });
+  }
+
+  // One part of a setting ([channel] or [channel, band], or all of it: []) read from
+  // its route: the answer as if for that part alone. The parts of one setting asked for
+  // in one turn of the event loop (a page's channels, a channel's bands) go as one read
+  // of the setting or the channel, which the line keeps in one window.
+  readSetting(path, key) {
+    return new Promise((resolve) => {
+      let parts = this.parts.get(path);
+      if (!parts) {
+        parts = [];
+        this.parts.set(path, parts);
+        setTimeout(() => this.readParts(path), 0);
+      }
+      parts.push({ key, resolve });
+    });
+  }
+
+  async readParts(path) {
+    const parts = this.parts.get(path);
+    this.parts.delete(path);
+    const depth = parts[0].key.length;
+    const shared = parts[0].key.slice(0, depth - 1);
+    const together = parts.length > 1 && depth > 0 &&
+      parts.every((p) => p.key.length === depth && p.key.slice(0, depth - 1).join('/') === shared.join('/'));
+    const segments = (key) => key.map((part) => `/${encodeURIComponent(part)}`).join('');
+    if (!together) {
+      await Promise.all(parts.map(async (p) => p.resolve(await this.get(path + segments(p.key)))));
+      return;
+    }
+    const answer = await this.get(path + segments(shared));
+    for (const { key, resolve } of parts) {
+      const item = answer.status === 200 && answer.body.value ? answer.body.value[key[depth - 1]] : null;
+      if (answer.status !== 200) {
+        resolve(answer);
+      } else if (item === undefined || item === null || (typeof item === 'object' && 'missing' in item)) {
+        resolve({ status: 200, body: { status: 'NG', value: null } });
+      } else {
+        resolve({ status: 200, body: { status: 'OK', value: item } });
+      }
+    }
   }
 
   isOwn(event) { return this.own.has(event.requestId); }
