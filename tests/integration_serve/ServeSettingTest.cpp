@@ -77,6 +77,28 @@ TEST(ServeSettingTest, ASettingIsReadAndWrittenByItsAddressAndEveryoneSeesTheReq
     EXPECT_EQ(bands["value"][7]["value3"], -3.5);
 }
 
+TEST(ServeSettingTest, SettingsReadTogetherAreAnsweredInOrderEachAsItsGet) {
+    CabledDaemon daemon;
+    ServeRig serve({daemon.path()});
+    ASSERT_TRUE(serve.ready()) << serve.output();
+    const ServeRig::Reply reply = serve.call(
+        "POST", "/api/devices/0/settings",
+        R"({"settings": ["Gain/master", "Gain/treble", "Hfe/channel/LS", "EqV2/band/CF/7"]})");
+    ASSERT_EQ(reply.status, 200) << reply.body;
+    const Json answers = Json::parse(reply.body)["answers"];
+    ASSERT_EQ(answers.size(), 4u);
+    // A refused address keeps its place; the others are what GET of each answers.
+    EXPECT_EQ(answers[1].dump(), R"({"body":{"error":"no setting Gain.treble"},"status":404})");
+    const char* const paths[] = {"Gain/master", "", "Hfe/channel/LS", "EqV2/band/CF/7"};
+    for (const size_t i : {0, 2, 3}) {
+        EXPECT_EQ(answers[i]["status"], 200);
+        EXPECT_EQ(answers[i]["body"], Json::parse(serve.call("GET", kSettings + paths[i]).body));
+    }
+    EXPECT_EQ(serve.call("POST", "/api/devices/0/settings", R"({"settings": ["Gain"]})").body,
+              R"({"error":"expected {\"settings\": [\"FEATURE/SETTING[/CHANNEL[/BAND]]\", ...]}"})"
+              "\n");
+}
+
 TEST(ServeSettingTest, AnAddressOrValueThatCannotBeServedIsRefusedBeforeTheLine) {
     CabledDaemon daemon;
     ServeRig serve({daemon.path()});

@@ -183,66 +183,9 @@ VekError VekSettingAccess::checked(const VekMasterMessage& message,
     return refused;
 }
 
-VekError VekSettingAccess::gets(const VekSetting& setting, const std::vector<Key>& keys,
-                                VekMasterExchange::Batch& batch) {
-    std::vector<VekCheckedRequest> requests(keys.size());
-    for (size_t i = 0; i < keys.size(); ++i) {
-        const VekError refused =
-            checked(*setting.get, VekSettingItem::keyArgs(setting, keys[i]), requests[i]);
-        if (refused) {
-            return refused;
-        }
-        batch.emplace_back(requests[i]);
-        batch.back().tag = i;
-    }
-    if (batch.size() == 1) {
-        // One request goes as one: through a server, the line may window it with
-        // other clients' requests.
-        batch.front().reply = access_.send(requests.front(), nullptr);
-        batch.front().sent = batch.front().reply.outcome != Outcome::Refused;
-    } else {
-        access_.exchange(batch);
-    }
-    for (const VekMasterExchange& e : batch) {
-        if (!e.reply.answered()) {
-            return e.reply.error();
-        }
-    }
-    return {};
-}
-
-VekError VekSettingAccess::bandKeys(const Target& target, std::vector<Key>& keys,
-                                    Result& result) {
-    const VekSetting& setting = *target.setting;
-    if (target.key.band >= 0) {
-        keys.push_back(target.key);
-        return {};
-    }
-    const VekSetting* bandCount = table_.bandCountOf(setting);
-    Result counts;
-    const VekError failed = read({bandCount, {}}, counts);
-    if (failed || counts.reply.outcome == Outcome::Ng) {
-        result = std::move(counts);
-        return failed;
-    }
-    for (const std::string& channel : VekSettingsTable::channels()) {
-        if (!target.key.channel.empty() && channel != target.key.channel) {
-            continue;
-        }
-        const Json* count = VekValueJson::member(&counts.value, channel);
-        const int64_t n = count != nullptr && count->is_number_integer() ? count->get<int64_t>() : 0;
-        for (int band = 0; band < std::min<int64_t>(n, VekSettingsTable::kMaxBands); ++band) {
-            keys.push_back({channel, band});
-        }
-    }
-    return {};
-}
-
-VekError VekSettingAccess::read(const Target& target, Result& result) {
-    const VekSetting& setting = *target.setting;
-    result = Result();
+std::vector<Key> VekSettingAccess::keysOf(const Target& target, const Json* counts) {
     std::vector<Key> keys;
-    switch (setting.range) {
+    switch (target.setting->range) {
         case Range::One:
         case Range::ChannelArray:
             keys.push_back({});
@@ -254,51 +197,148 @@ VekError VekSettingAccess::read(const Target& target, Result& result) {
                 }
             }
             break;
-        case Range::PerBand: {
-            const VekError failed = bandKeys(target, keys, result);
-            if (failed || result.message != nullptr) {
-                return failed;
+        case Range::PerBand:
+            if (target.key.band >= 0) {
+                keys.push_back(target.key);
+                break;
+            }
+            for (const std::string& channel : VekSettingsTable::channels()) {
+                if (!target.key.channel.empty() && channel != target.key.channel) {
+                    continue;
+                }
+                const Json* count = VekValueJson::member(counts, channel);
+                const int64_t n =
+                    count != nullptr && count->is_number_integer() ? count->get<int64_t>() : 0;
+                for (int band = 0; band < std::min<int64_t>(n, VekSettingsTable::kMaxBands);
+                     ++band) {
+                    keys.push_back({channel, band});
+                }
             }
             break;
-        }
     }
-    VekMasterExchange::Batch batch;
-    const VekError failed = gets(setting, keys, batch);
-    if (failed) {
-        return failed;
-    }
+    return keys;
+}
+
+void VekSettingAccess::assemble(const Target& target, const std::vector<const VekMasterExchange*>& answers,
+                                const std::vector<Key>& keys, Result& result) {
+    const VekSetting& setting = *target.setting;
     // The answers placed as a document's settings hold them, then the part asked for.
     Json settings = Json::object();
     VekSettingItem::place(settings, setting, target.key, Json::object());
     const VekMasterExchange* decided = nullptr;
-    for (const VekMasterExchange& e : batch) {
-        const Key& key = keys[e.tag];
+    for (size_t i = 0; i < answers.size(); ++i) {
+        const VekMasterExchange& e = *answers[i];
         const bool ng = e.reply.outcome == Outcome::Ng;
         if (decided == nullptr || (ng && decided->reply.outcome != Outcome::Ng)) {
             decided = &e;
         }
         if (setting.range != Range::ChannelArray || ng) {
-            VekSettingItem::place(settings, setting, key,
+            VekSettingItem::place(settings, setting, keys[i],
                                   ng ? VekSettingItem::missing("NG")
                                      : VekSettingItem::fromReply(setting, e.reply, -1));
             continue;
         }
         const std::vector<std::string>& channels = VekSettingsTable::channels();
-        for (size_t i = 0; i < channels.size(); ++i) {
-            VekSettingItem::place(settings, setting, {channels[i], -1},
-                                  VekSettingItem::fromReply(setting, e.reply, static_cast<int>(i)));
+        for (size_t c = 0; c < channels.size(); ++c) {
+            VekSettingItem::place(settings, setting, {channels[c], -1},
+                                  VekSettingItem::fromReply(setting, e.reply, static_cast<int>(c)));
         }
     }
     if (decided != nullptr) {
         result.message = decided->message;
         result.reply = decided->reply;
     }
-    const bool one = batch.size() == 1 && (setting.range != Range::PerBand || target.key.band >= 0);
+    const bool one =
+        answers.size() == 1 && (setting.range != Range::PerBand || target.key.band >= 0);
     if (one && result.reply.outcome == Outcome::Ng) {
-        return {};
+        return;
     }
     const Json* value = VekSettingItem::at(settings, setting, target.key);
     result.value = value != nullptr ? *value : Json::object();
+}
+
+const VekSetting* VekSettingAccess::countOf(const Target& target) const {
+    const bool everyBand = target.setting->range == Range::PerBand && target.key.band < 0;
+    return everyBand ? table_.bandCountOf(*target.setting) : nullptr;
+}
+
+VekError VekSettingAccess::read(const Target& target, Result& result) {
+    std::vector<Result> results;
+    const VekError error = read(std::vector<Target>{target}, results);
+    result = std::move(results.front());
+    return error;
+}
+
+VekError VekSettingAccess::read(const std::vector<Target>& targets, std::vector<Result>& results) {
+    results.assign(targets.size(), Result());
+    // The band counts that the reads of every band of a channel need, read first.
+    std::vector<Target> countTargets;
+    for (const Target& target : targets) {
+        const VekSetting* count = countOf(target);
+        const auto same = [&](const Target& t) { return t.setting == count; };
+        if (count != nullptr && std::none_of(countTargets.begin(), countTargets.end(), same)) {
+            countTargets.push_back({count, {}});
+        }
+    }
+    std::vector<Result> counts;
+    if (!countTargets.empty()) {
+        const VekError failed = read(countTargets, counts);
+        if (failed) {
+            return failed;
+        }
+    }
+    std::vector<std::vector<Key>> keys(targets.size());
+    std::vector<VekCheckedRequest> requests;
+    std::vector<size_t> owners;  // the target of each request
+    for (size_t i = 0; i < targets.size(); ++i) {
+        const Json* count = nullptr;
+        for (size_t c = 0; c < countTargets.size(); ++c) {
+            if (countTargets[c].setting == countOf(targets[i])) {
+                count = &counts[c].value;
+                if (counts[c].reply.outcome == Outcome::Ng) {
+                    results[i] = counts[c];  // no count, no bands: the count's NG says why
+                }
+            }
+        }
+        if (results[i].message != nullptr) {
+            continue;
+        }
+        keys[i] = keysOf(targets[i], count);
+        for (const Key& key : keys[i]) {
+            requests.emplace_back();
+            const VekError refused = checked(*targets[i].setting->get,
+                                             VekSettingItem::keyArgs(*targets[i].setting, key),
+                                             requests.back());
+            if (refused) {
+                return refused;
+            }
+            owners.push_back(i);
+        }
+    }
+    VekMasterExchange::Batch batch;
+    for (const VekCheckedRequest& request : requests) {
+        batch.emplace_back(request);
+    }
+    if (batch.size() == 1) {
+        // One request goes as one: through a server, the line may window it with
+        // other clients' requests.
+        batch.front().reply = access_.send(requests.front(), nullptr);
+        batch.front().sent = batch.front().reply.outcome != Outcome::Refused;
+    } else if (!batch.empty()) {
+        access_.exchange(batch);
+    }
+    std::vector<std::vector<const VekMasterExchange*>> answers(targets.size());
+    for (size_t r = 0; r < batch.size(); ++r) {
+        if (!batch[r].reply.answered()) {
+            return batch[r].reply.error();
+        }
+        answers[owners[r]].push_back(&batch[r]);
+    }
+    for (size_t i = 0; i < targets.size(); ++i) {
+        if (results[i].message == nullptr) {
+            assemble(targets[i], answers[i], keys[i], results[i]);
+        }
+    }
     return {};
 }
 

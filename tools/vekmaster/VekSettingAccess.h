@@ -68,16 +68,22 @@ public:
     // Reads target: one request, or for several channels and bands one batch (the band
     // counts first).
     VekError read(const Target& target, Result& result);
+    // Reads several targets with their requests in one batch (the band counts they need
+    // in one before); results in order. An error when any request went unanswered.
+    VekError read(const std::vector<Target>& targets, std::vector<Result>& results);
     // Writes value (see prepare) to target with one set message, after reading what a
     // partial value leaves out; result is the set's answer, or the NG that stopped it.
     VekError write(const Target& target, const Json& value, Result& result);
 
 private:
-    // The requests of a batch of gets, each answered; an error for the first that was not.
-    VekError gets(const VekSetting& setting, const std::vector<Key>& keys,
-                  VekMasterExchange::Batch& batch);
-    // How many bands of each channel to read; false with result the NG of the count.
-    VekError bandKeys(const Target& target, std::vector<Key>& keys, Result& result);
+    // The get requests' keys of a target; counts: the band counts of its feature.
+    static std::vector<Key> keysOf(const Target& target, const Json* counts);
+    // The band count row a read of target needs first, or null.
+    const VekSetting* countOf(const Target& target) const;
+    // The result of a target from the answers to its keys' requests.
+    static void assemble(const Target& target,
+                         const std::vector<const VekMasterExchange*>& answers,
+                         const std::vector<Key>& keys, Result& result);
     // The checked request, told to sending_.
     VekError checked(const VekMasterMessage& message, const vekprotocol::VekFields& args,
                      VekCheckedRequest& request) const;

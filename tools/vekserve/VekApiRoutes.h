@@ -35,6 +35,10 @@ public:
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
     static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+    using Json = VekHttpExchange::Json;
+    // The body that says why: {"error"}, and for a value outside the profile's ranges
+    // its field and range.
+    static Json refusal(const vekmaster::VekError& error);
     // The status of the error's kind, with the body that says why.
     static void answerError(const ExchangePtr& exchange, const vekmaster::VekError& error);
 
@@ -58,10 +62,6 @@ private:
     void deviceCurve(const ExchangePtr& exchange, const Params& params);
     void curve(const ExchangePtr& exchange);
     void batch(const ExchangePtr& exchange, const Params& params);
-    using Json = VekHttpExchange::Json;
-    // The body that says why: {"error"}, and for a value outside the profile's ranges
-    // its field and range.
-    static Json refusal(const vekmaster::VekError& error);
 
     // Queues a job for the line with its client and its refusal filled in.
     void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);

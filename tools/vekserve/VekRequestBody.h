@@ -50,6 +50,10 @@ public:
     static constexpr size_t kMaxMessages = 1024;
     // {"messages": [MESSAGE, ...]}: the elements, each to be checked by message().
     static std::string messages(const std::string& body, std::vector<Json>& list);
+    // {"settings": ["Gain/master", "EqV2/band/CF", ...]}: settings to read together, each
+    // as its address below /settings/ names it, split into its segments.
+    static std::string settingList(const std::string& body,
+                                   std::vector<std::vector<std::string>>& addresses);
     // {"value": VALUE}: what a setting's value, or part of it, is to become.
     static std::string settingValue(const std::string& body, Json& value);
     // A tuning document (format vek-tuning/1).

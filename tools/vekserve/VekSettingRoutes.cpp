@@ -1,5 +1,6 @@
 #include "VekSettingRoutes.h"
 
+#include "VekExitHttp.h"
 #include "VekRequestBody.h"
 
 namespace vekserve {
@@ -14,6 +15,11 @@ VekSettingRoutes::VekSettingRoutes(VekApiRoutes& api, VekRouteTable& table,
         const char* tail;
         const char* part;
     } parts[] = {{"", "a setting"}, {"/{}", "a channel of a setting"}, {"/{}/{}", "a band"}};
+    table.add("POST", "/api/devices/{}/settings",
+              "{\"settings\": [\"FEATURE/SETTING[/CHANNEL[/BAND]]\", ...]}: read together, "
+              "in one window; {\"answers\": [{\"status\", \"body\"}, ...]}, each as GET "
+              "of its address answers it",
+              [this](const ExchangePtr& e, const Params& params) { readMany(e, params); });
     for (const auto& p : parts) {
         table.add("GET", base + p.tail,
                   std::string(p.part) + "'s value as a tuning document holds it: "
@@ -38,9 +44,14 @@ bool VekSettingRoutes::locate(const ExchangePtr& exchange, const Params& params,
 }
 
 VekHttpExchange::Json VekSettingRoutes::answer(const VekSettingAccess::Target& target,
-                                               const VekSettingAccess::Result& result) {
+                                               const VekSettingAccess::Result& result,
+                                               bool read) {
     const bool ng = result.reply.outcome == vekmaster::VekMasterReply::Outcome::Ng;
-    return {{"setting", target.label()}, {"status", ng ? "NG" : "OK"}};
+    VekHttpExchange::Json body = {{"setting", target.label()}, {"status", ng ? "NG" : "OK"}};
+    if (read) {
+        body["value"] = result.value;
+    }
+    return body;
 }
 
 void VekSettingRoutes::read(const ExchangePtr& exchange, const Params& params) {
@@ -59,9 +70,7 @@ void VekSettingRoutes::read(const ExchangePtr& exchange, const Params& params) {
                         VekApiRoutes::answerError(exchange, error);
                         return;
                     }
-                    VekHttpExchange::Json body = answer(target, result);
-                    body["value"] = std::move(result.value);
-                    exchange->answer(200, body);
+                    exchange->answer(200, answer(target, result, true));
                 });
 }
 
@@ -95,7 +104,52 @@ void VekSettingRoutes::write(const ExchangePtr& exchange, const Params& params) 
                         VekApiRoutes::answerError(exchange, error);
                         return;
                     }
-                    exchange->answer(200, answer(target, result));
+                    exchange->answer(200, answer(target, result, false));
+                });
+}
+
+void VekSettingRoutes::readMany(const ExchangePtr& exchange, const Params& params) {
+    VekLineWorker* line = api_.line(exchange, params[0]);
+    if (line == nullptr) {
+        return;
+    }
+    std::vector<Params> addresses;
+    const std::string problem = VekRequestBody::settingList(exchange->request().body, addresses);
+    if (!problem.empty()) {
+        exchange->answer(400, VekHttpExchange::error(problem));
+        return;
+    }
+    // A refused address keeps its place, answered as GET would, and is not read.
+    using Json = VekHttpExchange::Json;
+    auto answers = std::make_shared<std::vector<Json>>(addresses.size());
+    std::vector<VekSettingAccess::Target> targets;
+    std::vector<size_t> places;
+    for (size_t i = 0; i < addresses.size(); ++i) {
+        VekSettingAccess::Target target;
+        const vekmaster::VekError refused = VekSettingAccess::locate(table_, addresses[i], target);
+        if (refused) {
+            (*answers)[i] = {{"status", VekExitHttp::status(refused.kind)},
+                             {"body", VekApiRoutes::refusal(refused)}};
+            continue;
+        }
+        targets.push_back(target);
+        places.push_back(i);
+    }
+    api_.submit(exchange, *line,
+                [this, exchange, answers, targets, places](vekmaster::VekMasterSession&,
+                                                           vekmaster::VekSessionAccess& access) {
+                    std::vector<VekSettingAccess::Result> results;
+                    const vekmaster::VekError error =
+                        VekSettingAccess(access, table_, profile_.get()).read(targets, results);
+                    if (error) {
+                        VekApiRoutes::answerError(exchange, error);
+                        return;
+                    }
+                    for (size_t t = 0; t < targets.size(); ++t) {
+                        (*answers)[places[t]] = {{"status", 200},
+                                                 {"body", answer(targets[t], results[t], true)}};
+                    }
+                    exchange->answer(200, Json{{"answers", std::move(*answers)}});
                 });
 }
 

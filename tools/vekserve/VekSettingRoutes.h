@@ -28,12 +28,16 @@ public:
 private:
     void read(const ExchangePtr& exchange, const Params& params);
     void write(const ExchangePtr& exchange, const Params& params);
+    // Several settings read in one batch: {"answers": [{"status", "body"}, ...]}, each
+    // what GET of its address answers.
+    void readMany(const ExchangePtr& exchange, const Params& params);
     // The setting the path names; false after answering why there is none.
     bool locate(const ExchangePtr& exchange, const Params& params,
                 vekmaster::VekSettingAccess::Target& target) const;
-    // {"setting": "EqV2.band[CF/7]", "status": "OK" or "NG"}
+    // {"setting": "EqV2.band[CF/7]", "status": "OK" or "NG"}, and the value when read
     static VekHttpExchange::Json answer(const vekmaster::VekSettingAccess::Target& target,
-                                        const vekmaster::VekSettingAccess::Result& result);
+                                        const vekmaster::VekSettingAccess::Result& result,
+                                        bool read);
 
     VekApiRoutes& api_;
     const std::shared_ptr<const vekmaster::VekDeviceProfile> profile_;

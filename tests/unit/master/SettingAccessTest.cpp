@@ -134,6 +134,27 @@ TEST_F(SettingAccessTest, ReadsOneValueAChannelOfAnArrayAndEveryBandOfAChannel) 
     EXPECT_EQ(error.text, "no answer to EqV2 GetBandConfig LF 0");
 }
 
+TEST_F(SettingAccessTest, SeveralReadsGoInOneBatchAfterTheBandCountsTheyNeed) {
+    device.answers = {{"EqV2 GetBandCount", "NG:<0:0:0:0:0:0>"},
+                      {"EqV2 GetEnable", "OK:<1>"},
+                      {"Hfe GetChannelConfig LS", "OK:<LS:1:0:1:0.25>"},
+                      {"EqV2 GetBandConfig CF 2", "OK:<CF:2:2:100:1.5:0.7:0:1>"}};
+    std::vector<VekSettingAccess::Result> results;
+    ASSERT_FALSE(settings.read({at("EqV2", "band", "LF"), at("EqV2", "enable"),
+                                at("Hfe", "channel", "LS"), at("EqV2", "band", "CF", 2)},
+                               results));
+    EXPECT_EQ(device.asked,
+              (std::vector<std::string>{"EqV2 GetBandCount", "EqV2 GetEnable",
+                                        "Hfe GetChannelConfig LS", "EqV2 GetBandConfig CF 2"}));
+    EXPECT_EQ(device.batches, 1u);
+    // Without its counts a channel's bands have the counts' NG; the rest are their own.
+    EXPECT_EQ(results[0].message->name, "GetBandCount");
+    EXPECT_EQ(results[0].reply.outcome, VekMasterReply::Outcome::Ng);
+    EXPECT_EQ(results[1].value, Json(true));
+    EXPECT_EQ(results[2].value.dump(), R"({"flag1":true,"flag2":false,"flag3":true,"value":0.25})");
+    EXPECT_EQ(results[3].value["value3"], Json(1.5));
+}
+
 TEST_F(SettingAccessTest, APartialWriteCarriesTheDeviceValuesOfTheRest) {
     device.answers = {{"Gain GetChannel", "OK:<0:-0.5:-2:-2.5:-1:-4>"},
                       {"Gain SetChannel -3 -0.5 -2 -2.5 -1 -6", "OK:<>"},

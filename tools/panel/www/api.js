@@ -10,7 +10,7 @@ export class Api {
     this.sent = 0;
     this.own = new Set();  // the ids of our messages' requests, whose controls show their answers
     this.waiting = new Map();  // device -> messages not yet sent, with their promises' resolve
-    this.parts = new Map();  // setting path -> parts to read, with their promises' resolve
+    this.reads = new Map();  // device -> setting reads not yet sent, with their promises' resolve
     this.onUnauthorized = () => {};
   }
 
@@ -103,45 +103,32 @@ export class Api {
     });
   }
 
-  // One part of a setting ([channel] or [channel, band], or all of it: []) read from
-  // its route: the answer as if for that part alone. The parts of one setting asked for
-  // in one turn of the event loop (a page's channels, a channel's bands) go as one read
-  // of the setting or the channel, which the line keeps in one window.
-  readSetting(path, key) {
+  // A setting read from its route, by its address below /settings/ ("EqV2/band/CF/3").
+  // The reads asked for in one turn of the page's event loop go to the server together,
+  // read in one window: a page opening costs a few round trips of the cable, not one a
+  // value.
+  readSetting(device, address) {
     return new Promise((resolve) => {
-      let parts = this.parts.get(path);
-      if (!parts) {
-        parts = [];
-        this.parts.set(path, parts);
-        setTimeout(() => this.readParts(path), 0);
+      let reads = this.reads.get(device);
+      if (!reads) {
+        reads = [];
+        this.reads.set(device, reads);
+        setTimeout(() => this.readTogether(device), 0);
       }
-      parts.push({ key, resolve });
+      reads.push({ address, resolve });
     });
   }
 
-  async readParts(path) {
-    const parts = this.parts.get(path);
-    this.parts.delete(path);
-    const depth = parts[0].key.length;
-    const shared = parts[0].key.slice(0, depth - 1);
-    const together = parts.length > 1 && depth > 0 &&
-      parts.every((p) => p.key.length === depth && p.key.slice(0, depth - 1).join('/') === shared.join('/'));
-    const segments = (key) => key.map((part) => `/${encodeURIComponent(part)}`).join('');
-    if (!together) {
-      await Promise.all(parts.map(async (p) => p.resolve(await this.get(path + segments(p.key)))));
+  async readTogether(device) {
+    const reads = this.reads.get(device);
+    this.reads.delete(device);
+    const base = `/api/devices/${device}/settings`;
+    if (reads.length === 1) {
+      reads[0].resolve(await this.get(`${base}/${reads[0].address}`));
       return;
     }
-    const answer = await this.get(path + segments(shared));
-    for (const { key, resolve } of parts) {
-      const item = answer.status === 200 && answer.body.value ? answer.body.value[key[depth - 1]] : null;
-      if (answer.status !== 200) {
-        resolve(answer);
-      } else if (item === undefined || item === null || (typeof item === 'object' && 'missing' in item)) {
-        resolve({ status: 200, body: { status: 'NG', value: null } });
-      } else {
-        resolve({ status: 200, body: { status: 'OK', value: item } });
-      }
-    }
+    const answer = await this.post(base, { settings: reads.map((r) => r.address) });
+    reads.forEach((r, i) => r.resolve(answer.status === 200 ? answer.body.answers[i] : answer));
   }
 
   isOwn(event) { return this.own.has(event.requestId); }

@@ -58,16 +58,13 @@ export class Setting {
     return this.reading;
   }
 
-  get base() {
-    return `/api/devices/${this.panel.device}/settings/${this.feature}/${this.name}`;
-  }
-
-  get path() {
-    return this.base + this.key.map((part) => `/${encodeURIComponent(part)}`).join('');
+  // "EqV2/band/CF/3": where the setting routes find it.
+  get address() {
+    return [this.feature, this.name, ...this.key].join('/');
   }
 
   async readOnce() {
-    const answer = await this.panel.api.readSetting(this.base, this.key);
+    const answer = await this.panel.api.readSetting(this.panel.device, this.address);
     const why = failure(answer);
     if (why) {
       for (const control of this.controls.values()) {
@@ -151,7 +148,8 @@ export class Setting {
     if (this.values || this.fields.every((f) => f.count === 1) || this.schema.range === 'channelArray') {
       const sent = new Map(this.waiting);
       this.waiting.clear();
-      const answer = await this.panel.api.put(this.path, { value: this.edited(sent) });
+      const answer = await this.panel.api.put(`/api/devices/${this.panel.device}/settings/${this.address}`,
+                                              { value: this.edited(sent) });
       const why = failure(answer);
       if (why) {
         // The server refuses what its profile does not allow, as the page does.
