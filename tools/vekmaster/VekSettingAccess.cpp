@@ -284,6 +284,11 @@ VekError VekSettingAccess::read(const std::vector<Target>& targets, std::vector<
     if (!countTargets.empty()) {
         const VekError failed = read(countTargets, counts);
         if (failed) {
+            for (size_t i = 0; i < targets.size(); ++i) {
+                if (countOf(targets[i]) != nullptr) {
+                    results[i] = counts.front();
+                }
+            }
             return failed;
         }
     }
@@ -330,6 +335,8 @@ VekError VekSettingAccess::read(const std::vector<Target>& targets, std::vector<
     std::vector<std::vector<const VekMasterExchange*>> answers(targets.size());
     for (size_t r = 0; r < batch.size(); ++r) {
         if (!batch[r].reply.answered()) {
+            results[owners[r]].message = batch[r].message;
+            results[owners[r]].reply = batch[r].reply;
             return batch[r].reply.error();
         }
         answers[owners[r]].push_back(&batch[r]);

@@ -31,8 +31,9 @@ public:
         std::string label() const { return VekSettingItem::label(*setting, key); }
     };
     // What the device answered. message and reply: the request that decided (the first
-    // answered NG, else the last). value, for a read: the value as a document holds it,
-    // a part answered NG as a missing marker; null when its one answer was NG.
+    // answered NG, else the last; after an error, the one that went unanswered). value,
+    // for a read: the value as a document holds it, a part answered NG as a missing
+    // marker; null when its one answer was NG.
     struct Result {
         const VekMasterMessage* message = nullptr;
         VekMasterReply reply;
