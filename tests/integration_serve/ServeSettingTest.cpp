@@ -62,12 +62,11 @@ TEST(ServeSettingTest, ASettingIsReadAndWrittenByItsAddressAndEveryoneSeesTheReq
               R"({"value1":2,"value2":4000,"value3":-3.5,"value4":0.707,"value5":0,"value6":1}}
 )");
     ASSERT_TRUE(events.await("\"type\":\"response\"", 7));
-    EXPECT_EQ(requests(events), (std::vector<std::string>{
-                                    "Gain GetMaster", "Gain GetChannel",
-                                    "Gain SetChannel -3 -0.5 -2 -2.5 -1 -4", "Gain GetChannel",
-                                    "EqV2 GetBandConfig CF 7",
-                                    "EqV2 SetBandConfig CF 7 2 4000 -3.5 0.707 0 1",
-                                    "EqV2 GetBandConfig CF 7"}));
+    EXPECT_EQ(requests(events),
+              (std::vector<std::string>{
+                  "Gain GetMaster", "Gain GetChannel", "Gain SetChannel -3 -0.5 -2 -2.5 -1 -4",
+                  "Gain GetChannel", "EqV2 GetBandConfig CF 7",
+                  "EqV2 SetBandConfig CF 7 2 4000 -3.5 0.707 0 1", "EqV2 GetBandConfig CF 7"}));
 
     // A channel's bands: as many as its band count says.
     const Json bands = Json::parse(serve.call("GET", kSettings + "EqV2/band/CF").body);
@@ -115,7 +114,8 @@ TEST(ServeSettingTest, AnAddressOrValueThatCannotBeServedIsRefusedBeforeTheLine)
         {"GET", kSettings + "Gain/treble", "", 404, R"({"error":"no setting Gain.treble"})"},
         {"GET", "/api/devices/2/settings/Gain/master", "", 404,
          R"j({"error":"no device 2 (devices 0 to 0)"})j"},
-        {"GET", kSettings + "Gain/master/LF", "", 400, R"({"error":"Gain.master has no channels"})"},
+        {"GET", kSettings + "Gain/master/LF", "", 400,
+         R"({"error":"Gain.master has no channels"})"},
         {"GET", kSettings + "EqV2/band/CF/x", "", 400,
          R"({"error":"EqV2.band: band x is not 0 to 39"})"},
         {"GET", kSettings + "EqV2/band/CF/40", "", 400,

@@ -43,8 +43,8 @@ std::string checkChannels(const VekSetting& setting, Json& value) {
         value = std::move(byChannel);
     }
     if (!value.is_object()) {
-        return "is not a mapping by channel (" + VekNames::join(channels) +
-               ") or a sequence of " + std::to_string(channels.size()) + " values";
+        return "is not a mapping by channel (" + VekNames::join(channels) + ") or a sequence of " +
+               std::to_string(channels.size()) + " values";
     }
     VekSettingItem::Texts texts;
     for (const auto& member : value.items()) {
@@ -98,7 +98,8 @@ VekError VekSettingAccess::locate(const VekSettingsTable& table,
         return {Kind::Usage, target.setting->path() + " has no bands"};
     }
     // Two digits at most: what strtol would make of the rest is not what was given.
-    if (text.empty() || text.size() > 2 || text.find_first_not_of("0123456789") != std::string::npos) {
+    if (text.empty() || text.size() > 2 ||
+        text.find_first_not_of("0123456789") != std::string::npos) {
         return noSuchBand(*target.setting, text);
     }
     const int band = static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
@@ -219,7 +220,8 @@ std::vector<Key> VekSettingAccess::keysOf(const Target& target, const Json* coun
     return keys;
 }
 
-void VekSettingAccess::assemble(const Target& target, const std::vector<const VekMasterExchange*>& answers,
+void VekSettingAccess::assemble(const Target& target,
+                                const std::vector<const VekMasterExchange*>& answers,
                                 const std::vector<Key>& keys, Result& result) {
     const VekSetting& setting = *target.setting;
     // The answers placed as a document's settings hold them, then the part asked for.
@@ -311,9 +313,9 @@ VekError VekSettingAccess::read(const std::vector<Target>& targets, std::vector<
         keys[i] = keysOf(targets[i], count);
         for (const Key& key : keys[i]) {
             requests.emplace_back();
-            const VekError refused = checked(*targets[i].setting->get,
-                                             VekSettingItem::keyArgs(*targets[i].setting, key),
-                                             requests.back());
+            const VekError refused =
+                checked(*targets[i].setting->get, VekSettingItem::keyArgs(*targets[i].setting, key),
+                        requests.back());
             if (refused) {
                 return refused;
             }

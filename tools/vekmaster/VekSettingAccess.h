@@ -82,8 +82,7 @@ private:
     // The band count row a read of target needs first, or null.
     const VekSetting* countOf(const Target& target) const;
     // The result of a target from the answers to its keys' requests.
-    static void assemble(const Target& target,
-                         const std::vector<const VekMasterExchange*>& answers,
+    static void assemble(const Target& target, const std::vector<const VekMasterExchange*>& answers,
                          const std::vector<Key>& keys, Result& result);
     // The checked request, told to sending_.
     VekError checked(const VekMasterMessage& message, const vekprotocol::VekFields& args,

@@ -22,8 +22,9 @@ VekSettingRoutes::VekSettingRoutes(VekApiRoutes& api, VekRouteTable& table,
               [this](const ExchangePtr& e, const Params& params) { readMany(e, params); });
     for (const auto& p : parts) {
         table.add("GET", base + p.tail,
-                  std::string(p.part) + "'s value as a tuning document holds it: "
-                                        "{\"setting\", \"status\", \"value\"}",
+                  std::string(p.part) +
+                      "'s value as a tuning document holds it: "
+                      "{\"setting\", \"status\", \"value\"}",
                   [this](const ExchangePtr& e, const Params& params) { read(e, params); });
         table.add("PUT", base + p.tail,
                   std::string("{\"value\"}: sets ") + p.part +
@@ -44,8 +45,7 @@ bool VekSettingRoutes::locate(const ExchangePtr& exchange, const Params& params,
 }
 
 VekHttpExchange::Json VekSettingRoutes::answer(const VekSettingAccess::Target& target,
-                                               const VekSettingAccess::Result& result,
-                                               bool read) {
+                                               const VekSettingAccess::Result& result, bool read) {
     const bool ng = result.reply.outcome == vekmaster::VekMasterReply::Outcome::Ng;
     VekHttpExchange::Json body = {{"setting", target.label()}, {"status", ng ? "NG" : "OK"}};
     if (read) {
@@ -94,18 +94,19 @@ void VekSettingRoutes::write(const ExchangePtr& exchange, const Params& params) 
         VekApiRoutes::answerError(exchange, bad);
         return;
     }
-    api_.submit(exchange, *line,
-                [this, exchange, target, value](vekmaster::VekMasterSession&,
-                                                vekmaster::VekSessionAccess& access) {
-                    VekSettingAccess::Result result;
-                    const vekmaster::VekError error =
-                        VekSettingAccess(access, table_, profile_.get()).write(target, value, result);
-                    if (error) {
-                        VekApiRoutes::answerError(exchange, error);
-                        return;
-                    }
-                    exchange->answer(200, answer(target, result, false));
-                });
+    api_.submit(
+        exchange, *line,
+        [this, exchange, target, value](vekmaster::VekMasterSession&,
+                                        vekmaster::VekSessionAccess& access) {
+            VekSettingAccess::Result result;
+            const vekmaster::VekError error =
+                VekSettingAccess(access, table_, profile_.get()).write(target, value, result);
+            if (error) {
+                VekApiRoutes::answerError(exchange, error);
+                return;
+            }
+            exchange->answer(200, answer(target, result, false));
+        });
 }
 
 void VekSettingRoutes::readMany(const ExchangePtr& exchange, const Params& params) {

@@ -113,8 +113,9 @@ TEST_F(SettingAccessTest, ReadsOneValueAChannelOfAnArrayAndEveryBandOfAChannel) 
     // and its answer is the one that decided.
     device.asked.clear();
     ASSERT_FALSE(settings.read(at("EqV2", "band", "CF"), result));
-    EXPECT_EQ(device.asked, (std::vector<std::string>{"EqV2 GetBandCount", "EqV2 GetBandConfig CF 0",
-                                                      "EqV2 GetBandConfig CF 1"}));
+    EXPECT_EQ(device.asked,
+              (std::vector<std::string>{"EqV2 GetBandCount", "EqV2 GetBandConfig CF 0",
+                                        "EqV2 GetBandConfig CF 1"}));
     EXPECT_EQ(device.batches, 1u);
     EXPECT_EQ(result.value.dump(),
               R"([{"value1":2,"value2":100,"value3":1.5,"value4":0.7,"value5":0,"value6":1},)"
@@ -161,11 +162,11 @@ TEST_F(SettingAccessTest, APartialWriteCarriesTheDeviceValuesOfTheRest) {
     ASSERT_FALSE(settings.write(at("EqV2", "band", "CF", 7), Json{{"value3", -3.5}}, result));
     // A whole value is sent without asking.
     ASSERT_FALSE(settings.write(at("Gain", "master"), Json(-10), result));
-    EXPECT_EQ(device.asked, (std::vector<std::string>{
-                                "Gain GetChannel", "Gain SetChannel -3 -0.5 -2 -2.5 -1 -6",
-                                "EqV2 GetBandConfig CF 7",
-                                "EqV2 SetBandConfig CF 7 2 4000 -3.5 0.707 0 1",
-                                "Gain SetMaster -10"}));
+    EXPECT_EQ(
+        device.asked,
+        (std::vector<std::string>{
+            "Gain GetChannel", "Gain SetChannel -3 -0.5 -2 -2.5 -1 -6", "EqV2 GetBandConfig CF 7",
+            "EqV2 SetBandConfig CF 7 2 4000 -3.5 0.707 0 1", "Gain SetMaster -10"}));
     EXPECT_EQ(result.message->name, "SetMaster");
     EXPECT_EQ(result.reply.outcome, VekMasterReply::Outcome::Ok);
 
