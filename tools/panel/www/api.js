@@ -67,25 +67,32 @@ export class Api {
     return id;
   }
 
-  // One message on a device's line; its events are known as ours (an apply's are not:
-  // the controls read again what it set). The messages asked for in one turn of the
-  // page's event loop go to the server together, in one batch that the line keeps in
-  // one window: a page opening costs a few round trips of the cable, not one a value.
-  request(device, feature, message, args = []) {
+  // What is asked of a device in one turn of the page's event loop goes to the server
+  // together, for the line to keep in one window: a page opening costs a few round trips
+  // of the cable, not one a value. send(device, asked) answers each with its resolve.
+  gather(queues, device, item, send) {
     return new Promise((resolve) => {
-      let waiting = this.waiting.get(device);
-      if (!waiting) {
-        waiting = [];
-        this.waiting.set(device, waiting);
-        setTimeout(() => this.send(device), 0);
+      let asked = queues.get(device);
+      if (!asked) {
+        asked = [];
+        queues.set(device, asked);
+        setTimeout(() => {
+          queues.delete(device);
+          send(device, asked);
+        }, 0);
       }
-      waiting.push({ message: { feature, message, args }, resolve });
+      asked.push({ ...item, resolve });
     });
   }
 
-  async send(device) {
-    const waiting = this.waiting.get(device);
-    this.waiting.delete(device);
+  // One message on a device's line, in a batch with the others of its turn; its events
+  // are known as ours (an apply's are not: the controls read again what it set).
+  request(device, feature, message, args = []) {
+    return this.gather(this.waiting, device, { message: { feature, message, args } },
+                       (d, waiting) => this.send(d, waiting));
+  }
+
+  async send(device, waiting) {
     const id = this.ownId();
     if (waiting.length === 1) {
       waiting[0].resolve(await this.call('POST', `/api/devices/${device}/request`,
@@ -103,25 +110,13 @@ export class Api {
     });
   }
 
-  // A setting read from its route, by its address below /settings/ ("EqV2/band/CF/3").
-  // The reads asked for in one turn of the page's event loop go to the server together,
-  // read in one window: a page opening costs a few round trips of the cable, not one a
-  // value.
+  // A setting read from its route, by its address below /settings/ ("EqV2/band/CF/3"),
+  // together with the other reads of its turn.
   readSetting(device, address) {
-    return new Promise((resolve) => {
-      let reads = this.reads.get(device);
-      if (!reads) {
-        reads = [];
-        this.reads.set(device, reads);
-        setTimeout(() => this.readTogether(device), 0);
-      }
-      reads.push({ address, resolve });
-    });
+    return this.gather(this.reads, device, { address }, (d, reads) => this.readTogether(d, reads));
   }
 
-  async readTogether(device) {
-    const reads = this.reads.get(device);
-    this.reads.delete(device);
+  async readTogether(device, reads) {
     const base = `/api/devices/${device}/settings`;
     if (reads.length === 1) {
       reads[0].resolve(await this.get(`${base}/${reads[0].address}`));
