@@ -22,6 +22,7 @@ struct VekExitHttp {
             case Kind::NoAnswer:
                 return 504;
             case Kind::RawFailed:
+            case Kind::BadAnswer:
                 return 502;
             case Kind::Busy:
             case Kind::LineFailed:

@@ -44,17 +44,22 @@ bool VekChangeSet::add(const VekMasterMessage& message, const vekprotocol::VekFi
         }
         at += slot.count == 0 ? args.size() - at : slot.count;
     }
-    // A placeholder marks what to read: the reader asks for what the object names.
-    if (setting->range == Range::ChannelArray) {
-        for (const std::string& channel : VekSettingsTable::channels()) {
-            keys_.push_back({setting, {channel, -1}});
-            VekSettingItem::place(items_, *setting, {channel, -1}, 0);
-        }
-        return true;
-    }
-    keys_.push_back({setting, key});
-    VekSettingItem::place(items_, *setting, key, 0);
+    add(*setting, key);
     return true;
+}
+
+void VekChangeSet::add(const VekSetting& setting, const VekSettingItem::Key& key) {
+    // A placeholder marks what to read: the reader asks for what the object names. One
+    // message sets every channel of a channel array, so each may change.
+    if (setting.range == Range::ChannelArray) {
+        for (const std::string& channel : VekSettingsTable::channels()) {
+            keys_.push_back({&setting, {channel, -1}});
+            VekSettingItem::place(items_, setting, {channel, -1}, 0);
+        }
+        return;
+    }
+    keys_.push_back({&setting, key});
+    VekSettingItem::place(items_, setting, key, 0);
 }
 
 std::vector<VekSettingChange> VekChangeSet::changes(const Json& before, const Json& after) const {

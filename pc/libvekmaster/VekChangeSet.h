@@ -18,6 +18,8 @@ public:
 
     // Adds the items a message sets; false when it sets none of the table's settings.
     bool add(const VekMasterMessage& message, const vekprotocol::VekFields& args);
+    // Adds a setting's item (for a channel array, every channel's).
+    void add(const VekSetting& setting, const VekSettingItem::Key& key);
     bool empty() const { return keys_.empty(); }
     // The "settings" object to read.
     const Json& items() const { return items_; }

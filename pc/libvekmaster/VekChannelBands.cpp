@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "VekNames.h"
+#include "VekSettingAccess.h"
 #include "VekSettingsTable.h"
 
 namespace vekmaster {
@@ -14,17 +15,6 @@ using Json = VekValueJson::Json;
 
 // The features that carry bands, the flexible one first.
 const char* const kFeatures[] = {"EqV2", "Eq"};
-
-double numberOf(const VekFieldPrinter::Field* field) {
-    return field != nullptr && !field->parts.empty()
-               ? std::strtod(field->parts[0].text.c_str(), nullptr)
-               : 0;
-}
-
-size_t channelIndex(const std::string& name) {
-    const auto& channels = VekSettingsTable::channels();
-    return static_cast<size_t>(std::find(channels.begin(), channels.end(), name) - channels.begin());
-}
 
 }  // namespace
 
@@ -65,38 +55,31 @@ bool VekChannelBands::read(VekDeviceAccess& access, const std::string& name,
         problem = "the device serves no equaliser (it serves " + VekNames::join(served) + ")";
         return false;
     }
-    reply = &access.request(feature, "GetBandCount", {}, nullptr);
-    const VekFieldPrinter::Field* counts = reply->field("bandCount");
-    const size_t index = channelIndex(name);
-    if (reply->outcome != VekMasterReply::Outcome::Ok || counts == nullptr ||
-        counts->parts.size() <= index) {
-        failed = reply;
+    const VekSettingsTable& table = VekSettingsTable::shared();
+    VekSettingAccess::Result result;
+    VekSettingAccess(access, table, nullptr).read({table.find(feature, "band"), {name, -1}}, result);
+    if (result.reply.outcome != VekMasterReply::Outcome::Ok) {
+        failure = result.reply;
+        failed = &failure;
         return false;
     }
-    const long count = std::strtol(counts->parts[index].text.c_str(), nullptr, 10);
-    const long limit = std::min<long>(count, VekSettingsTable::kMaxBands);
-    // Every band at once, on the line's window.
-    const VekMasterMessage* get = VekMessageCatalog::shared().find(feature, "GetBandConfig");
-    VekMasterExchange::Batch batch(static_cast<size_t>(std::max<long>(limit, 0)));
-    for (size_t band = 0; band < batch.size(); ++band) {
-        batch[band].message = get;
-        batch[band].args = {name, std::to_string(band)};
-    }
-    access.exchange(batch);
-    for (const VekMasterExchange& e : batch) {
-        if (e.reply.outcome != VekMasterReply::Outcome::Ok) {
-            failure = e.reply;
-            failed = &failure;
-            bands.clear();
-            return false;
+    add(result.value, result.value.size());
+    return true;
+}
+
+void VekChannelBands::add(const Json& list, size_t limit) {
+    for (size_t band = 0; band < limit; ++band) {
+        const Json& item = list[band];
+        if (!item.is_object()) {
+            continue;  // a band the document leaves out, or one the device did not report
         }
         VekResponseCurve::Band values{};
         for (size_t i = 0; i < values.size(); ++i) {
-            values[i] = numberOf(e.reply.field("value" + std::to_string(i + 1)));
+            const Json* value = VekValueJson::member(&item, "value" + std::to_string(i + 1));
+            values[i] = value != nullptr && value->is_number() ? value->get<double>() : 0;
         }
         bands.push_back(values);
     }
-    return true;
 }
 
 std::string VekChannelBands::take(const Json& document, const std::string& name) {
@@ -118,18 +101,7 @@ std::string VekChannelBands::take(const Json& document, const std::string& name)
         const size_t limit = count != nullptr && count->is_number_integer() && count->get<long>() >= 0
                                  ? std::min<size_t>(count->get<size_t>(), list->size())
                                  : list->size();
-        for (size_t band = 0; band < limit; ++band) {
-            const Json& item = (*list)[band];
-            if (!item.is_object()) {
-                continue;  // a band the document leaves out, or one the device did not report
-            }
-            VekResponseCurve::Band values{};
-            for (size_t i = 0; i < values.size(); ++i) {
-                const Json* value = VekValueJson::member(&item, "value" + std::to_string(i + 1));
-                values[i] = value != nullptr && value->is_number() ? value->get<double>() : 0;
-            }
-            bands.push_back(values);
-        }
+        add(*list, limit);
         return "";
     }
     return "the document holds no bands of " + name + " (settings.EqV2.band." + name +

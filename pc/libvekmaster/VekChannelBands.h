@@ -29,6 +29,11 @@ struct VekChannelBands {
     // {"device", "feature", "channel"} and the response curve of the bands on points
     // frequencies; without device (negative) for bands taken from a document.
     VekValueJson::Json curve(const VekDeviceProfile& profile, size_t points, int device) const;
+
+private:
+    // The bands of the first limit items of list (a document's or a read's "band" of the
+    // channel); an item that is no band is left out.
+    void add(const VekValueJson::Json& list, size_t limit);
 };
 
 }  // namespace vekmaster

@@ -78,12 +78,7 @@ void VekDeviceReader::add(Batch& batch, const VekSetting& setting, const std::st
                           int band) {
     VekMasterExchange e;
     e.message = setting.get;
-    if (!channel.empty()) {
-        e.args.push_back(channel);
-    }
-    if (band >= 0) {
-        e.args.push_back(std::to_string(band));
-    }
+    e.args = VekSettingItem::keyArgs(setting, {channel, band});
     e.tag = slots_.size();
     slots_.push_back({&setting, channel, band});
     batch.push_back(std::move(e));

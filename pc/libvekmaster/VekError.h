@@ -18,6 +18,7 @@ struct VekError {
         NoAnswer,    // nothing came in time
         LineFailed,  // the line failed while sending or waiting
         RawFailed,   // the answer came, but its raw data could not be kept
+        BadAnswer,   // the answer came, but without the values the request needs
     };
 
     Kind kind = Kind::None;

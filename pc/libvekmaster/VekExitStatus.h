@@ -30,6 +30,7 @@ struct VekExitStatus {
             case VekError::Kind::Busy:
             case VekError::Kind::LineFailed:
             case VekError::Kind::RawFailed:
+            case VekError::Kind::BadAnswer:
                 break;
         }
         return kIo;

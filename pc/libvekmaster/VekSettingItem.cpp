@@ -135,6 +135,18 @@ vekprotocol::VekFields VekSettingItem::args(const VekSetting& setting, const Key
     return out;
 }
 
+vekprotocol::VekFields VekSettingItem::keyArgs(const VekSetting& setting, const Key& key) {
+    vekprotocol::VekFields args;
+    for (const VekFieldSignature::Slot& slot : setting.get->signature.slots()) {
+        if (slot.name == "channel") {
+            args.push_back(key.channel);
+        } else if (slot.name == "band") {
+            args.push_back(std::to_string(key.band));
+        }
+    }
+    return args;
+}
+
 std::string VekSettingItem::label(const VekSetting& setting, const Key& key) {
     std::string text = setting.path();
     if (!key.channel.empty()) {

@@ -38,6 +38,8 @@ public:
     // a ChannelArray, one field of six texts).
     static vekprotocol::VekFields args(const VekSetting& setting, const Key& key,
                                        const Texts& values);
+    // The get message's ARGs: the channel and band it asks for.
+    static vekprotocol::VekFields keyArgs(const VekSetting& setting, const Key& key);
     // "Gain.master", "Gain.channel[LF]", "EqV2.band[CF/7]"
     static std::string label(const VekSetting& setting, const Key& key);
     // Calls visit for every item of a setting's value in a document, in order; a value

@@ -101,7 +101,10 @@ VekApiRoutes::VekApiRoutes(Lines& lines, VekRouteTable& table,
 }
 
 void VekApiRoutes::answerFailure(const ExchangePtr& exchange, const VekMasterReply& reply) {
-    const VekError error = reply.error();
+    answerError(exchange, reply.error());
+}
+
+void VekApiRoutes::answerError(const ExchangePtr& exchange, const VekError& error) {
     exchange->answer(vekhttp::VekExitHttp::status(error.kind), refusal(error));
 }
 
@@ -158,7 +161,7 @@ void VekApiRoutes::message(const ExchangePtr& exchange, const Params& params) {
     const VekError problem =
         VekRequestBody::message(catalog_, profile_.get(), exchange->request().body, checked);
     if (problem) {
-        exchange->answer(vekhttp::VekExitHttp::status(problem.kind), refusal(problem));
+        answerError(exchange, problem);
         return;
     }
     const bool raw = exchange->request().flag("raw");
@@ -247,7 +250,7 @@ void VekApiRoutes::apply(const ExchangePtr& exchange, const Params& params) {
     const VekError breach =
         VekTuningDocument::outOfRange(table_, document, *profile_);
     if (breach) {
-        exchange->answer(vekhttp::VekExitHttp::status(breach.kind), refusal(breach));
+        answerError(exchange, breach);
         return;
     }
     VekTuningApply::Options options;

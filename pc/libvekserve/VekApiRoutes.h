@@ -38,6 +38,12 @@ public:
     static void answerFailure(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
     // 200 with the answer as the API gives it, or the failure.
     static void answerReply(const ExchangePtr& exchange, const vekmaster::VekMasterReply& reply);
+    using Json = VekHttpExchange::Json;
+    // The body that says why: {"error"}, and for a value outside the profile's ranges
+    // its field and range.
+    static Json refusal(const vekmaster::VekError& error);
+    // The status of the error's kind, with the body that says why.
+    static void answerError(const ExchangePtr& exchange, const vekmaster::VekError& error);
 
     using Run = std::function<void(vekmaster::VekMasterSession&, vekmaster::VekSessionAccess&)>;
     // The line a path names; null after answering 404.
@@ -61,10 +67,6 @@ private:
     void deviceCurve(const ExchangePtr& exchange, const Params& params);
     void curve(const ExchangePtr& exchange);
     void batch(const ExchangePtr& exchange, const Params& params);
-    using Json = VekHttpExchange::Json;
-    // The body that says why: {"error"}, and for a value outside the profile's ranges
-    // its field and range.
-    static Json refusal(const vekmaster::VekError& error);
 
     // Queues a job for the line with its client and its refusal filled in.
     static void submit(const ExchangePtr& exchange, VekLineWorker& line, VekLineJob job);

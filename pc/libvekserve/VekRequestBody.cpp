@@ -1,5 +1,7 @@
 #include "VekRequestBody.h"
 
+#include <sstream>
+
 #include <cerrno>
 #include <cstdlib>
 
@@ -161,6 +163,53 @@ std::string VekRequestBody::object(const std::string& body, Json& json) {
         return "";
     }
     return parseObject(body, json);
+}
+
+std::string VekRequestBody::settingList(const std::string& body,
+                                        std::vector<std::vector<std::string>>& addresses) {
+    Json json;
+    const std::string problem = parseObject(body, json);
+    if (!problem.empty()) {
+        return problem;
+    }
+    const Json* given = VekValueJson::member(&json, "settings");
+    const std::string expected = "expected {\"settings\": [\"FEATURE/SETTING[/CHANNEL[/BAND]]\", ...]}";
+    if (given == nullptr || !given->is_array() || given->empty()) {
+        return expected;
+    }
+    if (given->size() > kMaxMessages) {
+        return "at most " + std::to_string(kMaxMessages) + " settings a read";
+    }
+    addresses.clear();
+    for (const Json& address : *given) {
+        if (!address.is_string()) {
+            return expected;
+        }
+        std::vector<std::string> segments;
+        std::stringstream text(address.get<std::string>());
+        for (std::string segment; std::getline(text, segment, '/');) {
+            segments.push_back(segment);
+        }
+        if (segments.size() < 2 || segments.size() > 4) {
+            return expected;
+        }
+        addresses.push_back(std::move(segments));
+    }
+    return "";
+}
+
+std::string VekRequestBody::settingValue(const std::string& body, Json& value) {
+    Json json;
+    const std::string problem = parseObject(body, json);
+    if (!problem.empty()) {
+        return problem;
+    }
+    const Json* given = VekValueJson::member(&json, "value");
+    if (given == nullptr || json.size() != 1) {
+        return "the body is not {\"value\": VALUE}";
+    }
+    value = *given;
+    return "";
 }
 
 std::string VekRequestBody::document(const VekSettingsTable& table, const std::string& body,

@@ -53,6 +53,12 @@ public:
     static std::string messages(const std::string& body, std::vector<Json>& list);
     // Any JSON object (an empty body is {}).
     static std::string object(const std::string& body, Json& json);
+    // {"settings": ["Gain/master", "EqV2/band/CF", ...]}: settings to read together, each
+    // as its address below /settings/ names it, split into its segments.
+    static std::string settingList(const std::string& body,
+                                   std::vector<std::vector<std::string>>& addresses);
+    // {"value": VALUE}: what a setting's value, or part of it, is to become.
+    static std::string settingValue(const std::string& body, Json& value);
     // A tuning document (format vek-tuning/1).
     static std::string document(const vekmaster::VekSettingsTable& table, const std::string& body,
                                 Json& document);

@@ -15,6 +15,7 @@
 
 #include "VekApiRoutes.h"
 #include "VekEqRoutes.h"
+#include "VekSettingRoutes.h"
 #include "VekDeviceProfile.h"
 #include "VekExitStatus.h"
 #include "VekHistoryRoutes.h"
@@ -92,6 +93,7 @@ int VekServe::run() {
     VekApiRoutes api(lines, routes, profile, recorder);
     VekHistoryRoutes history(lines, routes, recorder);
     VekEqRoutes eq(api, routes);
+    VekSettingRoutes settingRoutes(api, routes, profile);
     VekHttpServer server(io, config_, routes, assets_, events);
     uint16_t port = 0;
     problem = server.listen(port);

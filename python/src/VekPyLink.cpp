@@ -13,7 +13,7 @@
 #include "VekRawFileSink.h"
 #include "VekRemoteAccess.h"
 #include "VekSessionAccess.h"
-#include "VekSettingItem.h"
+#include "VekSettingAccess.h"
 #include "VekTuningApply.h"
 #include "VekTuningDocument.h"
 
@@ -24,13 +24,11 @@ namespace py = pybind11;
 using vekmaster::VekMasterMessage;
 using vekmaster::VekMasterReply;
 using vekmaster::VekSetting;
-using vekmaster::VekSettingItem;
 using vekmaster::VekSettingsTable;
 using vekmaster::VekValueJson;
 using Json = VekPyLink::Json;
 using Kind = VekPyFailure::Kind;
 using Outcome = VekMasterReply::Outcome;
-using Range = VekSetting::Range;
 
 namespace {
 
@@ -51,6 +49,7 @@ namespace {
             throw VekPyFailure(Kind::Line, error.text);
         case Error::None:
         case Error::RawFailed:
+        case Error::BadAnswer:
             break;
     }
     throw VekPyFailure(Kind::Error, error.text);
@@ -58,7 +57,7 @@ namespace {
 
 // A float field reads as a float in Python even when its wire text is an integer.
 void asBase(Json& value, const std::string& base) {
-    if (value.is_array()) {
+    if (value.is_structured()) {
         for (Json& element : value) {
             asBase(element, base);
         }
@@ -99,109 +98,6 @@ py::tuple replyTuple(const VekMasterReply& reply, const VekMasterMessage& messag
     py::object raw = streamed ? py::object(py::none()) : py::object(py::bytes(reply.rawData));
     return py::make_tuple(reply.feature, reply.message, reply.fail ? "NG" : "OK", reply.self,
                           fields, raw, reply.rawDataLength);
-}
-
-// A value of every field, for checking the fields a partial value gives.
-Json placeholder(const VekSetting& setting) {
-    Json item = Json::object();
-    for (const auto& slot : setting.value) {
-        const Json one = slot.base == "float"    ? Json(0.0)
-                         : slot.base == "bool"   ? Json(false)
-                         : slot.base == "string" ? Json("x")
-                                                 : Json(0);
-        item[slot.name] = slot.count == 1 ? one : Json(std::vector<Json>(slot.count, one));
-    }
-    return item;
-}
-
-// "" or what is wrong with a value given for a setting; partial when the device's own
-// values must complete it. A ChannelArray's sequence becomes an object by channel.
-std::string check(const VekSetting& setting, Json& value, bool& partial) {
-    const std::vector<std::string>& channels = VekSettingsTable::channels();
-    VekSettingItem::Texts texts;
-    partial = false;
-    if (setting.range == Range::ChannelArray) {
-        if (value.is_array() && value.size() == channels.size()) {
-            Json byChannel = Json::object();
-            for (size_t i = 0; i < channels.size(); ++i) {
-                byChannel[channels[i]] = value[i];
-            }
-            value = std::move(byChannel);
-        }
-        if (!value.is_object()) {
-            return "is not a mapping by channel (" + vekmaster::VekNames::join(channels) +
-                   ") or a sequence of " + std::to_string(channels.size()) + " values";
-        }
-        for (const auto& member : value.items()) {
-            if (!vekmaster::VekNames::contains(channels, member.key())) {
-                return "unknown channel " + member.key() +
-                       " (channels: " + vekmaster::VekNames::join(channels) + ")";
-            }
-            const std::string problem = VekSettingItem::texts(setting, member.value(), texts);
-            if (!problem.empty()) {
-                return member.key() + ' ' + problem;
-            }
-        }
-        partial = value.size() < channels.size();
-        return "";
-    }
-    if (setting.value.size() == 1) {
-        return VekSettingItem::texts(setting, value, texts);
-    }
-    if (!value.is_object()) {
-        return VekSettingItem::texts(setting, value, texts);
-    }
-    Json filled = placeholder(setting);
-    for (const auto& member : value.items()) {
-        filled[member.key()] = member.value();
-    }
-    partial = value.size() < setting.value.size();
-    return VekSettingItem::texts(setting, filled, texts);
-}
-
-// The set message's value texts: a ChannelArray's six channels as one field.
-std::string textsOf(const VekSetting& setting, const Json& value, VekSettingItem::Texts& out) {
-    if (setting.range != Range::ChannelArray) {
-        return VekSettingItem::texts(setting, value, out);
-    }
-    out.assign(1, {});
-    for (const std::string& channel : VekSettingsTable::channels()) {
-        VekSettingItem::Texts one;
-        const std::string problem =
-            VekSettingItem::texts(setting, value.value(channel, Json()), one);
-        if (!problem.empty()) {
-            return channel + ' ' + problem;
-        }
-        out[0].push_back(one[0][0]);
-    }
-    return "";
-}
-
-// The get message's ARGs: the channel and band it is asked for.
-vekprotocol::VekFields keyArgs(const VekSetting& setting, const VekSettingItem::Key& key) {
-    vekprotocol::VekFields args;
-    for (const auto& slot : setting.get->signature.slots()) {
-        if (slot.name == "channel") {
-            args.push_back(key.channel);
-        } else if (slot.name == "band") {
-            args.push_back(std::to_string(key.band));
-        }
-    }
-    return args;
-}
-
-VekSettingItem::Key keyOf(const VekSetting& setting, const std::string& channel, int band) {
-    const bool perChannel = setting.range == Range::PerChannel || setting.range == Range::PerBand;
-    const std::vector<std::string>& channels = VekSettingsTable::channels();
-    if (perChannel && !vekmaster::VekNames::contains(channels, channel)) {
-        throw py::value_error(setting.path() + ": channel '" + channel + "' is not one of " +
-                              vekmaster::VekNames::join(channels));
-    }
-    if (setting.range == Range::PerBand && (band < 0 || band >= VekSettingsTable::kMaxBands)) {
-        throw py::value_error(setting.path() + ": band " + std::to_string(band) + " is not 0 to " +
-                              std::to_string(VekSettingsTable::kMaxBands - 1));
-    }
-    return {perChannel ? channel : "", setting.range == Range::PerBand ? band : -1};
 }
 
 }  // namespace
@@ -333,15 +229,6 @@ vekmaster::VekDeviceAccess& VekPyLink::access() {
     return *access_;
 }
 
-const VekSetting& VekPyLink::setting(const std::string& feature, const std::string& name) {
-    access();
-    const VekSetting* found = table_.find(feature, name);
-    if (found == nullptr) {
-        throw py::value_error("no setting " + feature + '.' + name);
-    }
-    return *found;
-}
-
 template <class Work>
 void VekPyLink::withAccess(Work&& work) {
     bool closed = false;
@@ -424,70 +311,69 @@ py::tuple VekPyLink::request(const std::string& feature, const std::string& name
     return replyTuple(reply, *message, file != nullptr);
 }
 
-Json VekPyLink::item(const VekSetting& setting, const VekMasterReply& reply) const {
-    if (setting.range != Range::ChannelArray) {
-        Json value = VekSettingItem::fromReply(setting, reply, -1);
-        typed(setting, value);
-        return value;
+vekmaster::VekSettingAccess::Target VekPyLink::target(const std::string& feature,
+                                                     const std::string& name,
+                                                     const std::string& channel, int band) {
+    access();
+    vekmaster::VekSettingAccess::Target found;
+    const vekmaster::VekError error =
+        vekmaster::VekSettingAccess::locate(table_, feature, name, channel, band, false, found);
+    if (error) {
+        raise(error);
     }
-    Json value = Json::object();
-    const std::vector<std::string>& channels = VekSettingsTable::channels();
-    for (size_t i = 0; i < channels.size(); ++i) {
-        Json one = VekSettingItem::fromReply(setting, reply, static_cast<int>(i));
-        typed(setting, one);
-        value[channels[i]] = std::move(one);
+    return found;
+}
+
+template <class Work>
+void VekPyLink::onSetting(Work&& work) {
+    vekmaster::VekError error;
+    std::vector<std::string> breaches;
+    withAccess([&](vekmaster::VekDeviceAccess& access) {
+        vekmaster::VekSettingAccess settings(access, table_, limits().get());
+        if (forced_) {
+            // Warned once the GIL is back; sent all the same.
+            settings.setSending([&](const vekmaster::VekCheckedRequest& request) {
+                const vekmaster::VekError breach = vekmaster::VekDeviceProfile::inUse()->check(
+                    request.message(), request.args());
+                if (breach) {
+                    breaches.push_back(breach.text + "; sending it anyway");
+                }
+            });
+        }
+        error = work(settings);
+    });
+    for (const std::string& breach : breaches) {
+        if (PyErr_WarnEx(PyExc_UserWarning, breach.c_str(), 2) != 0) {
+            throw py::error_already_set();
+        }
     }
-    return value;
+    if (error) {
+        raise(error);
+    }
 }
 
 py::tuple VekPyLink::read(const std::string& feature, const std::string& name,
                           const std::string& channel, int band) {
-    const VekSetting& s = setting(feature, name);
-    const VekMasterReply reply = send(*s.get, keyArgs(s, keyOf(s, channel, band)));
-    if (!reply.answered()) {
-        raise(reply.error());
+    const vekmaster::VekSettingAccess::Target where = target(feature, name, channel, band);
+    vekmaster::VekSettingAccess::Result result;
+    onSetting([&](vekmaster::VekSettingAccess& settings) { return settings.read(where, result); });
+    py::object value = py::none();
+    if (result.reply.outcome == Outcome::Ok) {
+        typed(*where.setting, result.value);
+        value = VekPyJson::toPython(result.value);
     }
-    py::object value =
-        reply.outcome == Outcome::Ok ? VekPyJson::toPython(item(s, reply)) : py::object(py::none());
-    return py::make_tuple(replyTuple(reply, *s.get, false), value);
+    return py::make_tuple(replyTuple(result.reply, *result.message, false), value);
 }
 
 py::tuple VekPyLink::write(const std::string& feature, const std::string& name,
                            const std::string& channel, int band, py::handle value) {
-    const VekSetting& s = setting(feature, name);
-    if (s.set == nullptr) {
-        throw py::value_error(s.path() + " can only be read");
-    }
-    const VekSettingItem::Key key = keyOf(s, channel, band);
-    const std::string label = VekSettingItem::label(s, key);
-    Json given = VekPyJson::toJson(value, label);
-    bool partial = false;
-    std::string problem = check(s, given, partial);
-    if (!problem.empty()) {
-        throw py::value_error(label + ": " + problem);
-    }
-    Json whole = given;
-    if (partial) {
-        const VekMasterReply current = send(*s.get, keyArgs(s, key));
-        if (!current.answered()) {
-            raise(current.error());
-        }
-        if (current.outcome == Outcome::Ng) {
-            return replyTuple(current, *s.get, false);
-        }
-        whole = item(s, current);
-        whole.update(given);
-    }
-    VekSettingItem::Texts texts;
-    problem = textsOf(s, whole, texts);
-    if (!problem.empty()) {
-        throw VekPyFailure(Kind::Error, label + ": the device's value " + problem);
-    }
-    const VekMasterReply reply = send(*s.set, VekSettingItem::args(s, key, texts));
-    if (!reply.answered()) {
-        raise(reply.error());
-    }
-    return replyTuple(reply, *s.set, false);
+    const vekmaster::VekSettingAccess::Target where = target(feature, name, channel, band);
+    const Json given = VekPyJson::toJson(value, where.label());
+    vekmaster::VekSettingAccess::Result result;
+    onSetting([&](vekmaster::VekSettingAccess& settings) {
+        return settings.write(where, given, result);
+    });
+    return replyTuple(result.reply, *result.message, false);
 }
 
 vekmaster::VekDeviceReading VekPyLink::readDevice(const Json* only) {

@@ -14,6 +14,7 @@
 #include "VekRemoteAccess.h"
 #include "VekMasterSession.h"
 #include "VekMessageCatalog.h"
+#include "VekSettingAccess.h"
 #include "VekSettingsTable.h"
 #include "VekValueJson.h"
 
@@ -92,7 +93,14 @@ private:
     vekmaster::VekDeviceAccess& access();
     // The line options for this link: its window with the given speed and timeout.
     vekmaster::VekDeviceConnection::Options lineOptions(int baudRate, int timeoutMs) const;
-    const vekmaster::VekSetting& setting(const std::string& feature, const std::string& name);
+    // The setting's value that a read or write names (one channel, one band); ValueError
+    // when there is none.
+    vekmaster::VekSettingAccess::Target target(const std::string& feature, const std::string& name,
+                                               const std::string& channel, int band);
+    // Runs work(settings) as withAccess does; a forced link warns of each value outside
+    // the profile's ranges that went out. Raises work's error.
+    template <class Work>
+    void onSetting(Work&& work);
     // The ranges values are checked against here: the profile in use, unless forced or
     // a server checks them with its own.
     std::shared_ptr<const vekmaster::VekDeviceProfile> limits() const;
@@ -104,8 +112,6 @@ private:
     vekmaster::VekMasterReply send(const vekmaster::VekMasterMessage& message,
                                    const vekprotocol::VekFields& args,
                                    vekmaster::VekRawSink* raw = nullptr);
-    // What the device answered a get of the setting, as a document holds it.
-    Json item(const vekmaster::VekSetting& setting, const vekmaster::VekMasterReply& reply) const;
     // Reads the device's settings; throws when it stops answering.
     vekmaster::VekDeviceReading readDevice(const Json* only);
 

@@ -103,7 +103,7 @@ DRAG = """
     const fetched = window.fetch;
     window.fetch = async (...call) => {
       const answer = await fetched(...call);
-      if (String(call[1] && call[1].body).includes('"SetMaster"')) {
+      if (call[1] && call[1].method === 'PUT' && String(call[0]).endsWith('/settings/Gain/master')) {
         times.answered = performance.now() - started;
       }
       return answer;

@@ -149,7 +149,7 @@ TEST(ServeHistoryTest, UndoAndRedoStepOverAnApplyAsOneStepAndANewChangeDropsTheR
     EXPECT_EQ(serve.get("/api/devices/0/history?limit=0")["_status"], 400);
 }
 
-TEST(ServeHistoryTest, AFilterImportIsOneStepAndUndoesAsOne) {
+TEST(ServeHistoryTest, AFilterImportAndASettingWriteAreEachOneStepUndoneAsOne) {
     Scratch scratch;
     VirtualServe serve(scratch, scratch.write("tuning.json", kDocument));
     ASSERT_TRUE(serve.ready) << serve.rig.output();
@@ -169,6 +169,16 @@ TEST(ServeHistoryTest, AFilterImportIsOneStepAndUndoesAsOne) {
     EXPECT_EQ(touched, (std::vector<std::string>{"Gain.channel", "EqV2.bandCount", "EqV2.band"}));
 
     EXPECT_EQ(serve.post("/api/devices/0/undo")["undone"]["kind"], "import");
+    EXPECT_EQ(serve.settings(), before);
+
+    // What the panel writes, a setting by its address, is a step of its own.
+    const ServeRig::Reply put = serve.rig.call("PUT", "/api/devices/0/settings/Gain/channel/CF",
+                                               R"({"value":-4})");
+    ASSERT_EQ(put.status, 200) << put.body;
+    const Json last = serve.get("/api/devices/0/history?limit=1")["steps"][0];
+    EXPECT_EQ(last["kind"], "setting");
+    EXPECT_EQ(last["changes"], Json::parse(R"([{"setting":"Gain.channel","channel":"CF","old":-1,"new":-4}])"));
+    EXPECT_EQ(serve.post("/api/devices/0/undo")["undone"]["kind"], "setting");
     EXPECT_EQ(serve.settings(), before);
 }
 

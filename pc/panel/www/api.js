@@ -10,6 +10,7 @@ export class Api {
     this.sent = 0;
     this.own = new Set();  // the ids of our messages' requests, whose controls show their answers
     this.waiting = new Map();  // device -> messages not yet sent, with their promises' resolve
+    this.reads = new Map();  // device -> setting reads not yet sent, with their promises' resolve
     this.onUnauthorized = () => {};
   }
 
@@ -54,31 +55,45 @@ export class Api {
 
   get(path) { return this.call('GET', path); }
   post(path, body) { return this.call('POST', path, body); }
+  // A write whose events are known as ours: its controls show its answer themselves.
+  put(path, body) { return this.call('PUT', path, body, this.ownId()); }
 
-  // One message on a device's line; its events are known as ours (an apply's are not:
-  // the controls read again what it set). The messages asked for in one turn of the
-  // page's event loop go to the server together, in one batch that the line keeps in
-  // one window: a page opening costs a few round trips of the cable, not one a value.
-  request(device, feature, message, args = []) {
-    return new Promise((resolve) => {
-      let waiting = this.waiting.get(device);
-      if (!waiting) {
-        waiting = [];
-        this.waiting.set(device, waiting);
-        setTimeout(() => this.send(device), 0);
-      }
-      waiting.push({ message: { feature, message, args }, resolve });
-    });
-  }
-
-  async send(device) {
-    const waiting = this.waiting.get(device);
-    this.waiting.delete(device);
+  ownId() {
     const id = this.nextId();
     this.own.add(id);
     if (this.own.size > 1024) {
       this.own.delete(this.own.values().next().value);
     }
+    return id;
+  }
+
+  // What is asked of a device in one turn of the page's event loop goes to the server
+  // together, for the line to keep in one window: a page opening costs a few round trips
+  // of the cable, not one a value. send(device, asked) answers each with its resolve.
+  gather(queues, device, item, send) {
+    return new Promise((resolve) => {
+      let asked = queues.get(device);
+      if (!asked) {
+        asked = [];
+        queues.set(device, asked);
+        setTimeout(() => {
+          queues.delete(device);
+          send(device, asked);
+        }, 0);
+      }
+      asked.push({ ...item, resolve });
+    });
+  }
+
+  // One message on a device's line, in a batch with the others of its turn; its events
+  // are known as ours (an apply's are not: the controls read again what it set).
+  request(device, feature, message, args = []) {
+    return this.gather(this.waiting, device, { message: { feature, message, args } },
+                       (d, waiting) => this.send(d, waiting));
+  }
+
+  async send(device, waiting) {
+    const id = this.ownId();
     if (waiting.length === 1) {
       waiting[0].resolve(await this.call('POST', `/api/devices/${device}/request`,
                                          waiting[0].message, id));
@@ -93,6 +108,22 @@ export class Api {
         w.resolve(answer.body.answers[i]);
       }
     });
+  }
+
+  // A setting read from its route, by its address below /settings/ ("EqV2/band/CF/3"),
+  // together with the other reads of its turn.
+  readSetting(device, address) {
+    return this.gather(this.reads, device, { address }, (d, reads) => this.readTogether(d, reads));
+  }
+
+  async readTogether(device, reads) {
+    const base = `/api/devices/${device}/settings`;
+    if (reads.length === 1) {
+      reads[0].resolve(await this.get(`${base}/${reads[0].address}`));
+      return;
+    }
+    const answer = await this.post(base, { settings: reads.map((r) => r.address) });
+    reads.forEach((r, i) => r.resolve(answer.status === 200 ? answer.body.answers[i] : answer));
   }
 
   isOwn(event) { return this.own.has(event.requestId); }

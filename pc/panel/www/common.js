@@ -10,7 +10,7 @@ export function commonPage(panel) {
     build() {
       const error = el('span', { class: 'error', 'aria-live': 'polite' });
       const bypass = panel.track(new Setting(panel, {
-        feature: 'Common', get: 'GetBypass', set: 'SetBypass',
+        feature: 'Common', name: 'bypass',
         fields: [one('enable', 'bool', 'Audio bypass')],
       }));
       bypass.bind('enable', 0, new Switch({ label: 'Audio bypass (every effect off)',

@@ -8,14 +8,14 @@ function effectPage(panel, { id, feature, note, columns }) {
     id, title: feature, perDevice: true, needs: [feature],
     build() {
       const error = el('p', { class: 'error', 'aria-live': 'polite' });
-      const enable = panel.track(new Setting(panel, { feature, get: 'GetEnable', set: 'SetEnable',
+      const enable = panel.track(new Setting(panel, { feature, name: 'enable',
         fields: [one('enable', 'bool', feature)] }));
       enable.bind('enable', 0, new Switch({ label: `${feature} on`, errorTarget: error,
         onEdit: (on) => enable.edit('enable', 0, on) }));
       page.settings = [enable];
       const rows = CHANNELS.map((channel) => {
         const setting = panel.track(new Setting(panel, {
-          feature, get: 'GetChannelConfig', set: 'SetChannelConfig', key: [channel],
+          feature, name: 'channel', key: [channel],
           fields: columns.map((c) => ({ name: c.field, count: c.count || 1, type: c.type,
             label: (i) => `${channel} ${c.title}${c.count ? ` ${i}` : ''}` })),
         }));
@@ -23,12 +23,12 @@ function effectPage(panel, { id, feature, note, columns }) {
         const cells = columns.flatMap((c) => [...Array(c.count || 1).keys()].map((i) => {
           const label = `${channel} ${c.title}${c.count ? ` ${i}` : ''}`;
           const onEdit = (value) => setting.edit(c.field, i, value);
-          const unit = panel.limits.unit(feature, 'SetChannelConfig', c.field, i);
+          const unit = panel.limits.unit(feature, setting.set, c.field, i);
           const control = c.type === 'bool'
             ? Switch.bare({ label, onEdit, errorTarget: error })
             : new NumberField({ label: unit ? `${label} (${unit})` : label, narrow: true, onEdit,
               errorTarget: error, step: c.type === 'int' ? 1 : 'any',
-              range: panel.limits.range(feature, 'SetChannelConfig', c.field, i) });
+              range: panel.limits.range(feature, setting.set, c.field, i) });
           setting.bind(c.field, i, control);
           return el('td', {}, control.element || control.input);
         }));

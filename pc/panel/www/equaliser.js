@@ -1,6 +1,7 @@
 import { el, NumberField, Switch, CodeSelect } from './controls.js';
 import { failure } from './api.js';
 import { Setting, CHANNELS, one, perChannel } from './setting.js';
+import { settingOf } from './schema.js';
 import { CurvePlot } from './curve.js';
 import { filterImport } from './eqimport.js';
 
@@ -28,12 +29,11 @@ export function equaliserPage(panel) {
     build() {
       feature = panel.features.includes('EqV2') ? 'EqV2' : 'Eq';
       error = el('p', { class: 'error', 'aria-live': 'polite' });
-      const enable = panel.track(new Setting(panel, { feature, get: 'GetEnable', set: 'SetEnable',
+      const enable = panel.track(new Setting(panel, { feature, name: 'enable',
         fields: [one('enable', 'bool', 'Equaliser')] }));
       enable.bind('enable', 0, new Switch({ label: 'Equaliser on', errorTarget: error,
         onEdit: (on) => enable.edit('enable', 0, on) }));
-      counts = panel.track(new Setting(panel, { feature, get: 'GetBandCount',
-        set: feature === 'EqV2' ? 'SetBandCount' : null,
+      counts = panel.track(new Setting(panel, { feature, name: 'bandCount',
         fields: [perChannel('bandCount', 'int', 'band count')],
         onRead: (values) => {
           const count = values.bandCount[CHANNELS.indexOf(page.channel)];
@@ -43,9 +43,9 @@ export function equaliserPage(panel) {
         } }));
       const countFields = CHANNELS.map((channel, i) => {
         const field = new NumberField({ label: `${channel} band count`, step: 1, narrow: 'count',
-          range: panel.limits.range(feature, 'SetBandCount', 'bandCount', i), errorTarget: error,
+          range: panel.limits.range(feature, counts.set, 'bandCount', i), errorTarget: error,
           onEdit: (value) => counts.edit('bandCount', i, value) });
-        field.input.readOnly = feature === 'Eq';
+        field.input.readOnly = !counts.set;
         counts.bind('bandCount', i, field);
         return el('label', { class: 'switch' }, channel, field.input);
       });
@@ -92,8 +92,13 @@ export function equaliserPage(panel) {
     return named;
   }
 
+  // The message that sets a band, whose ranges and units the profile gives.
+  function bandSet() {
+    return settingOf(feature, 'band').set;
+  }
+
   function columnName(i) {
-    const unit = panel.limits.unit(feature, 'SetBandConfig', BAND_FIELDS[i]);
+    const unit = panel.limits.unit(feature, bandSet(), BAND_FIELDS[i]);
     const name = names()[i] || `Value ${i + 1}`;
     return `${name}${unit ? ` (${unit})` : ''}${names()[i] ? ` · value${i + 1}` : ''}`;
   }
@@ -105,9 +110,10 @@ export function equaliserPage(panel) {
     const rows = [];
     const channel = page.channel;
     const types = panel.limits.band ? panel.limits.band.types : null;
-    for (let b = 0; b < Math.min(Math.max(count, 0), 40); b += 1) {
+    const most = settingOf(feature, 'band').bands.max;
+    for (let b = 0; b < Math.min(Math.max(count, 0), most); b += 1) {
       const setting = panel.track(new Setting(panel, {
-        feature, get: 'GetBandConfig', set: 'SetBandConfig', key: [channel, b],
+        feature, name: 'band', key: [channel, b],
         fields: BAND_FIELDS.map((name, i) => ({ name, count: 1, type: BAND_TYPES[i],
           label: () => `${channel} band ${b} ${(names()[i] || name).toLowerCase()}` })),
         onRead: () => { if (!loading) { refreshCurve(); } },
@@ -121,7 +127,7 @@ export function equaliserPage(panel) {
           : new NumberField({ label, narrow: true, errorTarget: error, onEdit,
             onInput: (value) => preview(b, i, value),
             step: BAND_TYPES[i] === 'int' ? 1 : 'any',
-            range: panel.limits.range(feature, 'SetBandConfig', name) });
+            range: panel.limits.range(feature, setting.set, name) });
         setting.bind(name, 0, control);
         return el('td', {}, control.element || control.input);
       });

@@ -19,11 +19,11 @@ export function gainPage(panel) {
   const page = {
     id: 'gain', title: 'Gain', perDevice: true, needs: ['Gain'],
     build() {
-      const master = panel.track(new Setting(panel, { feature: 'Gain', get: 'GetMaster', set: 'SetMaster',
+      const master = panel.track(new Setting(panel, { feature: 'Gain', name: 'master',
         fields: [one('masterGain', 'float', 'Master gain')] }));
-      const channel = panel.track(new Setting(panel, { feature: 'Gain', get: 'GetChannel', set: 'SetChannel',
+      const channel = panel.track(new Setting(panel, { feature: 'Gain', name: 'channel',
         fields: [perChannel('channelGain', 'float', 'gain')] }));
-      const fade = panel.track(new Setting(panel, { feature: 'Gain', get: 'GetFadeBalance', set: 'SetFadeBalance',
+      const fade = panel.track(new Setting(panel, { feature: 'Gain', name: 'fadeBalance',
         fields: [{ name: 'fadeBalance', count: 3, type: 'int', label: (i) => FADE[i] }] }));
       page.settings = [master, channel, fade];
       return [

@@ -1,6 +1,7 @@
 import { Api } from './api.js';
 import { EventFeed } from './events.js';
 import { Limits } from './limits.js';
+import { useSchema } from './schema.js';
 import { el } from './controls.js';
 import { devicesPage } from './devices.js';
 import { commonPage } from './common.js';
@@ -107,8 +108,8 @@ class Panel {
   }
 
   async start() {
-    const [profile, devices] = await Promise.all([this.api.get('/api/profile'),
-                                                  this.api.get('/api/devices')]);
+    const [profile, devices, schema] = await Promise.all([this.api.get('/api/profile'),
+      this.api.get('/api/devices'), this.api.get('/api/schema')]);
     if (devices.status === 401) {
       // The token box is shown; the page starts again once it is given.
       this.setOffline('This server needs a token.');
@@ -116,6 +117,9 @@ class Panel {
     }
     if (profile.status === 200) {
       this.limits = new Limits(profile.body);
+    }
+    if (schema.status === 200) {
+      useSchema(schema.body);
     }
     document.getElementById('profile-name').textContent = `Profile: ${this.limits.name}`;
     this.devices = devices.status === 200 ? devices.body.devices : [];
@@ -247,11 +251,12 @@ class Panel {
     }
   }
 
-  // A set message answered on the line from another client (or an apply): read again
-  // what it changed. Our own answers are known by the request id their events carry.
+  // A message answered on the line from another client (or an apply): read again what
+  // it set, if it is a setting's set message. Our own answers are known by the request
+  // id their events carry.
   onAnswer(event) {
     const { feature, message } = event.reply;
-    if (event.device !== this.device || !message.startsWith('Set') || this.api.isOwn(event)) {
+    if (event.device !== this.device || this.api.isOwn(event)) {
       return;
     }
     const name = message.replace(/Response$/, '');

@@ -2,6 +2,7 @@ import { el, NumberField, Switch } from './controls.js';
 import { failure } from './api.js';
 import { Setting, CHANNELS, one, perChannel } from './setting.js';
 import { sliderRows } from './gain.js';
+import { messageWithField } from './schema.js';
 
 // Per speaker: on/off, delay, and the two test patterns, played with a button.
 export function speakerPage(panel) {
@@ -9,17 +10,17 @@ export function speakerPage(panel) {
     id: 'speaker', title: 'Speaker', perDevice: true, needs: ['Speaker'],
     build() {
       const error = el('p', { class: 'error', 'aria-live': 'polite' });
-      const enable = panel.track(new Setting(panel, { feature: 'Speaker', get: 'GetEnable', set: 'SetEnable',
+      const enable = panel.track(new Setting(panel, { feature: 'Speaker', name: 'enable',
         fields: [perChannel('enable', 'bool', 'on')] }));
-      const delay = panel.track(new Setting(panel, { feature: 'Speaker', get: 'GetDelay', set: 'SetDelay',
+      const delay = panel.track(new Setting(panel, { feature: 'Speaker', name: 'delay',
         fields: [perChannel('delay', 'float', 'delay')] }));
       page.settings = [enable, delay];
       const rows = CHANNELS.map((channel, i) => {
         const on = enable.bind('enable', i, Switch.bare({ label: `${channel} speaker on`, errorTarget: error,
           onEdit: (value) => enable.edit('enable', i, value) }));
         return el('tr', {}, el('th', { scope: 'row', text: channel }), el('td', {}, on.input),
-          el('td', {}, pattern(channel, 'SetStylePattern', 'style', 'Style', 'Play style', error)),
-          el('td', {}, pattern(channel, 'SetSinePattern', 'frequency', 'Sine', 'Play sine', error)));
+          el('td', {}, pattern(channel, 'style', 'Style', 'Play style', error)),
+          el('td', {}, pattern(channel, 'frequency', 'Sine', 'Play sine', error)));
       });
       return [
         el('div', { class: 'scroll' }, el('table', {},
@@ -34,8 +35,10 @@ export function speakerPage(panel) {
     },
   };
 
-  // A number and a button that sends it as a test pattern for one speaker.
-  function pattern(channel, message, field, title, action, error) {
+  // A number and a button that sends it as a test pattern for one speaker: an action,
+  // not a setting, sent as the message that carries field.
+  function pattern(channel, field, title, action, error) {
+    const message = messageWithField('Speaker', field);
     const unit = panel.limits.unit('Speaker', message, field);
     const status = el('span', { class: 'unit', 'aria-live': 'polite' });
     const number = new NumberField({
@@ -67,7 +70,7 @@ export function reverbPage(panel) {
   const page = {
     id: 'reverb', title: 'Reverb', perDevice: true, needs: ['Reverb'],
     build() {
-      const mode = panel.track(new Setting(panel, { feature: 'Reverb', get: 'GetMode', set: 'SetMode',
+      const mode = panel.track(new Setting(panel, { feature: 'Reverb', name: 'mode',
         fields: [one('mode', 'int', 'Reverb mode')] }));
       page.settings = [mode];
       return [el('p', { class: 'note', text: 'The mode reads as what was last set through the daemon since it started; the reverb enable is not asked for, as asking sets mode 0 on the platform.' }),

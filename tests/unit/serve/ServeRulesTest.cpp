@@ -264,6 +264,7 @@ TEST(ServeRulesTest, EachKindOfErrorHasOneExitStatusAndOneHttpStatus) {
         {Kind::Range, VekExitStatus::kUsage, 400},    {Kind::NotFound, VekExitStatus::kUsage, 404},
         {Kind::Busy, VekExitStatus::kIo, 503},        {Kind::NoAnswer, VekExitStatus::kNoAnswer, 504},
         {Kind::LineFailed, VekExitStatus::kIo, 503}, {Kind::RawFailed, VekExitStatus::kIo, 502},
+        {Kind::BadAnswer, VekExitStatus::kIo, 502},
     };
     for (const auto& k : kinds) {
         EXPECT_EQ(VekExitStatus::of(k.kind), k.exit) << static_cast<int>(k.kind);
