@@ -59,10 +59,10 @@ def test_edit_undo_with_the_keyboard_flip_ab_and_save():
             driver.find_element(By.TAG_NAME, "body").click()
             ActionChains(driver).send_keys("b").perform()
             playing = driver.find_element(By.ID, "ab-playing")
-            page.wait(lambda d: playing.text.startswith("Playing A (A): 1 requests sent"))
+            page.wait(lambda d: playing.text.startswith("Playing A (A): 1 request sent"))
             assert server.json("GET", "/api/devices/0/snapshot")[1]["settings"]["Gain"]["master"] == -7
             ActionChains(driver).send_keys("b").perform()
-            page.wait(lambda d: playing.text.startswith("Playing B (B): 1 requests sent"))
+            page.wait(lambda d: playing.text.startswith("Playing B (B): 1 request sent"))
             page.shot("history-1280x800")
 
             driver.find_element(By.ID, "history-save").click()

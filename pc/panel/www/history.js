@@ -98,7 +98,7 @@ export function historyPage(panel) {
       return null;
     }
     const failed = result.failures.map((f) => `${f.setting} ${f.reason}`).join('; ');
-    say(`${what}: ${result.sent.length} requests sent${failed ? `; not taken: ${failed}` : ''}` +
+    say(`${what}: ${sentCount(result)}${failed ? `; not taken: ${failed}` : ''}` +
         `${result.error ? ` (${result.error})` : ''}`, result.status === 'OK');
     return result;
   }
@@ -134,7 +134,7 @@ export function historyPage(panel) {
       playing = next;
       const label = next === sideA.value ? 'A' : 'B';
       document.getElementById('ab-playing').textContent =
-        `Playing ${label} (${next}): ${result.sent.length} requests sent, ${ms} ms`;
+        `Playing ${label} (${next}): ${sentCount(result)}, ${ms} ms`;
       document.body.dataset.playing = next;
     }
   }
@@ -169,4 +169,10 @@ export function historyPage(panel) {
     }
   });
   return page;
+}
+
+// "1 request sent", "4 requests sent".
+function sentCount(result) {
+  const n = result.sent.length;
+  return `${n} request${n === 1 ? '' : 's'} sent`;
 }
