@@ -15,6 +15,7 @@ import urllib.request
 import pytest
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.support.ui import WebDriverWait
 
 sys.path.insert(0, os.path.join(os.environ["VEK_SOURCE_DIR"], "python", "tests"))
@@ -154,7 +155,10 @@ class Page:
         return self.driver.find_element("id", f"page-{name}")
 
     def wait(self, condition, timeout=10):
-        return WebDriverWait(self.driver, timeout, poll_frequency=0.02).until(condition)
+        # A condition that read an element the page has just drawn again is asked again:
+        # between finding a list's items and reading their text, an answer may replace them.
+        return WebDriverWait(self.driver, timeout, poll_frequency=0.02,
+                             ignored_exceptions=(StaleElementReferenceException,)).until(condition)
 
     def field(self, label):
         """The input a label names (its accessible name)."""
