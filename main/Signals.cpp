@@ -27,6 +27,11 @@ const char* const kSegvCodes[] = {"", "SEGV_MAPERR", "SEGV_ACCERR"};
 const char kUnknownCode[] = "UNKNOWN";
 
 const int kMaxFrames = 20;
+
+void leaveNow(int /*signo*/) {
+    _exit(255);
+}
+
 // exit() flushes stdout and stderr, which takes their locks. A thread that keeps one
 // (stuck, or stopped mid-print by a signal) would hang the process there, so give it a
 // moment and otherwise leave without the exit handlers: the status is the same.
@@ -39,6 +44,14 @@ const int kMaxFrames = 20;
             }
             funlockfile(stdout);
             if (errFree) {
+                // The exit handlers free memory. A signal that stopped a thread inside the
+                // allocator leaves its lock taken, and they would wait for it forever:
+                // they get a second, then the process leaves without them.
+                struct sigaction bail {};
+                bail.sa_handler = leaveNow;
+                sigemptyset(&bail.sa_mask);
+                sigaction(SIGALRM, &bail, nullptr);
+                alarm(1);
                 std::exit(-1);
             }
         }
